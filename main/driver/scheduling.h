@@ -1,0 +1,12 @@
+// Runs cycles one after another on the run loop.
+#pragma once
+
+#include "process_state.h"
+
+namespace callmonitor {
+
+// Runs one cycle at once and arms a one-shot timer for the next, which does the same: cycles never
+// overlap, and there is never more than one timer. `state` must outlive the run loop.
+void scheduleReports(ProcessState& state);
+
+}  // namespace callmonitor

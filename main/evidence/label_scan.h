@@ -1,0 +1,108 @@
+// The bounded walk that turns a window or page into evidence.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "evidence/attributes.h"
+#include "evidence/evidence.h"
+#include "evidence/label_rules.h"
+#include "evidence/snapshot.h"
+#include "text/unicode.h"
+
+namespace callmonitor {
+
+inline constexpr int labelScanBudget = 1600;     // elements taken in one scan
+inline constexpr double labelScanSeconds = 0.5;  // uptime seconds of one scan
+inline constexpr std::size_t noticeLimit = 200;  // characters; longer texts are prose
+inline constexpr std::size_t failureLimit = 16;  // distinct failures that are kept
+
+// Adds to the evidence what one readable element that is neither hidden nor excluded shows by
+// itself. `noticeContext` says that it is, or stands below, a notice container.
+void gatherControls(const std::string& role, const std::string& title,
+                    const std::string& description, Evidence& evidence);
+void gatherNotice(const std::string& role, const std::string& text, bool noticeContext,
+                  Evidence& evidence);
+[[nodiscard]] bool zoomTile(const std::string& roleDescription, const std::string& label);
+
+// Whether an element starts a notice container: a heading, an alert, or in a native client a
+// dialog. In browsers a dialog is any overlay, so it proves nothing there.
+[[nodiscard]] bool startsNoticeContainer(std::string_view role, std::string_view subrole,
+                                         bool browser);
+
+// Walks the tree under `root` depth first, last child first, until nothing is left, `budget`
+// elements have been taken or `withinDeadline()` says that no time is left. `read(node)` gives an
+// element's `AXSnapshot`, or nothing where it cannot be read: such an element costs its place in
+// the budget and leaves the evidence incomplete, and the walk goes on. `withinDeadline` is asked
+// once before each element and once after the walk.
+template <class Node, class WithinDeadline, class Read>
+[[nodiscard]] Evidence scanLabels(const Node& root, bool browser, bool nativeZoomWindow, int budget,
+                                  WithinDeadline withinDeadline, Read read) {
+  Evidence evidence;
+  if (budget < 1) {
+    evidence.truncated = true;
+    evidence.complete = false;
+    return evidence;
+  }
+  struct Entry {
+    Node node;
+    bool noticeContext;
+  };
+  std::vector<Entry> stack{{root, false}};
+  while (!stack.empty() && evidence.nodes < budget) {
+    if (!withinDeadline()) break;
+    const Entry entry = std::move(stack.back());
+    stack.pop_back();
+    const bool scanRoot = browser && evidence.nodes == 0;
+    ++evidence.nodes;
+
+    const std::optional<AXSnapshot<Node>> snapshot = read(entry.node);
+    if (!snapshot) {
+      evidence.complete = false;
+      ++evidence.failedNodes;
+      continue;
+    }
+    if (snapshot->hidden || snapshot->excluded(scanRoot)) continue;
+
+    if (!browser && nativeZoomWindow && zoomTile(snapshot->roleDescription, snapshot->label())) {
+      evidence.nativeZoomTile = true;
+    }
+    if (snapshot->enabled) {
+      gatherControls(snapshot->role, snapshot->title, snapshot->description, evidence);
+    }
+    const bool noticeContext =
+        entry.noticeContext || startsNoticeContainer(snapshot->role, snapshot->subrole, browser);
+    for (const std::string* text : {&snapshot->value, &snapshot->title, &snapshot->description}) {
+      gatherNotice(snapshot->role, *text, noticeContext, evidence);
+    }
+
+    std::size_t kept = snapshot->children.size();
+    if (kept > childCap) {
+      kept = childCap;
+      evidence.truncated = true;
+      evidence.complete = false;
+    }
+    for (std::size_t i = 0; i < kept; ++i) stack.push_back({snapshot->children[i], noticeContext});
+  }
+  evidence.deadline = !withinDeadline();
+  if (!stack.empty()) {
+    evidence.complete = false;
+    if (evidence.nodes >= budget) evidence.truncated = true;
+  } else if (evidence.deadline) {
+    evidence.complete = false;
+  }
+  return evidence;
+}
+
+// The scan of a live root: `labelScanBudget` elements, half a second and no later than
+// `pollDeadline` (uptime seconds). Reading stops asking the platform once the deadline has passed;
+// such reads are failures with the code of an application that does not answer. `browser` scans the
+// root as a page; `nativeZoomWindow` looks for participant tiles; `nativeZoomPreviewRecovery` is
+// for native clients only.
+[[nodiscard]] Evidence labels(const Element& root, bool browser, bool nativeZoomWindow,
+                              bool nativeZoomPreviewRecovery, double pollDeadline);
+
+}  // namespace callmonitor

@@ -1,0 +1,53 @@
+// Trust, preparation and the cycle: what concerns the desktop as a whole.
+#include "platform/linux/desktop.h"
+
+#include <signal.h>
+
+#include "platform/linux/x11_connection.h"
+#include "platform/platform.h"
+
+namespace callmonitor::platform {
+
+Desktop& desktop() {
+  static Desktop instance;
+  return instance;
+}
+
+void prepareMonitoring() {
+  // A reader that goes away must end the program, even where the parent had this signal ignored.
+  signal(SIGPIPE, SIG_DFL);
+  sigset_t pipe;
+  sigemptyset(&pipe);
+  sigaddset(&pipe, SIGPIPE);
+  pthread_sigmask(SIG_UNBLOCK, &pipe, nullptr);
+
+  AccessibilityBus& bus = desktop().bus;
+  bus.mayEnable = true;
+  ensureConnected(bus);
+}
+
+void inCycle(const std::function<void()>& cycle) {
+  Desktop& here = desktop();
+  const auto forget = [&here](bool remember) {
+    here.bus.silent.clear();
+    here.bus.rememberSilent = remember;
+    here.x11->silent = false;
+    here.x11->rememberSilent = remember;
+    here.element = {};
+    here.element.active = remember;
+  };
+  discardUnasked(here.bus);
+  forget(true);
+  cycle();
+  forget(false);
+}
+
+bool accessibilityTrusted() {
+  AccessibilityBus& bus = desktop().bus;
+  // A bus that went away may have come back under another address.
+  return (ensureConnected(bus) && busAnswers(bus)) || (ensureConnected(bus) && busAnswers(bus));
+}
+
+void expectScan(const Element& /*root*/, double /*deadline*/) {}
+
+}  // namespace callmonitor::platform

@@ -1,0 +1,28 @@
+// Everything that this platform remembers, in one record: the seam's functions have no handle to
+// carry it in.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "platform/linux/accessibility_bus.h"
+#include "platform/linux/application_list.h"
+#include "platform/linux/element_reading.h"
+#include "platform/linux/frame_windows.h"
+#include "platform/linux/x11.h"
+
+namespace callmonitor::platform {
+
+struct Desktop {
+  AccessibilityBus bus;
+  std::shared_ptr<X11Connection> x11 = makeX11Connection();
+  ApplicationMemory applications;
+  FrameMemory frames;
+  ElementMemory element;
+};
+
+// The process's one desktop.
+[[nodiscard]] Desktop& desktop();
+
+}  // namespace callmonitor::platform

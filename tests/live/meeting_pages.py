@@ -1,0 +1,80 @@
+"""The local HTTPS server that stands for the web hosts of the meeting clients.
+
+It answers every host and every path with the one page of `pages/`, which shows the screen that its
+address asks for. It listens on loopback only, and its certificate is its own: made on the spot, for
+one desktop, and trusted by nobody else.
+"""
+
+import http.server
+import os
+import ssl
+import subprocess
+import threading
+
+MEET_HOST = "meet.google.com"
+_PAGE = os.path.join(os.path.dirname(os.path.abspath(__file__)), "pages", "call.html")
+
+
+class MeetingPages:
+    """A running server for the length of a `with` block; `port` is where it listens."""
+
+    def __init__(self, directory):
+        """`directory` is private to the caller and receives the certificate and its key."""
+        certificate, key = _makeCertificate(directory)
+        with open(_PAGE, "rb") as page:
+            self._server = _Server(("127.0.0.1", 0), page.read())
+        context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
+        context.load_cert_chain(certificate, key)
+        self._server.socket = context.wrap_socket(
+            self._server.socket, server_side=True, do_handshake_on_connect=False)
+        self.port = self._server.server_address[1]
+        self._thread = threading.Thread(target=self._server.serve_forever, daemon=True)
+
+    def __enter__(self):
+        self._thread.start()
+        return self
+
+    def __exit__(self, *_):
+        self._server.shutdown()
+        self._server.server_close()
+        self._thread.join()
+
+
+class _Server(http.server.ThreadingHTTPServer):
+    daemon_threads = True
+    block_on_close = False
+
+    def __init__(self, address, page):
+        super().__init__(address, _Handler)
+        self.page = page
+
+    def handle_error(self, request, client_address):
+        pass  # a browser that closes a connection early is nobody's failure
+
+
+class _Handler(http.server.BaseHTTPRequestHandler):
+    def do_GET(self):  # pylint: disable=invalid-name
+        if self.path == "/favicon.ico":
+            self.send_response(204)
+            self.end_headers()
+            return
+        self.send_response(200)
+        self.send_header("Content-Type", "text/html; charset=utf-8")
+        self.send_header("Content-Length", str(len(self.server.page)))
+        self.end_headers()
+        self.wfile.write(self.server.page)
+
+    def log_message(self, *_):
+        pass
+
+
+def _makeCertificate(directory):
+    """Makes a self-signed certificate for the meeting host; gives the paths (certificate, key)."""
+    certificate = os.path.join(directory, "certificate.pem")
+    key = os.path.join(directory, "key.pem")
+    subprocess.run(
+        ["openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1",
+         "-nodes", "-days", "2", "-subj", f"/CN={MEET_HOST}",
+         "-addext", f"subjectAltName=DNS:{MEET_HOST}", "-keyout", key, "-out", certificate],
+        stdin=subprocess.DEVNULL, capture_output=True, check=True, timeout=60)
+    return certificate, key

@@ -1,0 +1,55 @@
+# What the commands at the root share: what has to be installed, and how the program is built.
+#
+# To be sourced by bash from the root of the repository. Everything here writes to standard error
+# alone, because the standard output of `./run` belongs to the monitor's stream.
+
+# The interpreter that sees the distribution's own Python packages, whatever stands first in PATH.
+PYTHON=/usr/bin/python3
+
+# What is needed to build the program and its unit tests.
+BUILD_PACKAGES=(g++ cmake ninja-build pkg-config libicu-dev liburiparser-dev nlohmann-json3-dev
+  libgtest-dev libbenchmark-dev libre2-dev libsystemd-dev libxcb1-dev)
+# What checks the sources.
+LINT_PACKAGES=(clang-format clang-tidy)
+# What a private desktop with a browser consists of. Whoever watches a desktop of their own needs
+# none of it.
+DESKTOP_PACKAGES=(xvfb dbus at-spi2-core openbox chromium fonts-dejavu-core openssl python3
+  python3-gi python3-websocket util-linux x11-utils)
+
+# installMissing PACKAGE...: installs those of the packages that are not installed. A machine
+# without apt-get gets a hint instead, and the step that misses something says so itself.
+installMissing() {
+  local package missing=()
+  if ! command -v apt-get >/dev/null; then
+    echo "setup: no apt-get here; needed are: $*" >&2
+    return 0
+  fi
+  for package in "$@"; do
+    if [[ $(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null) != installed ]]; then
+      missing+=("$package")
+    fi
+  done
+  ((${#missing[@]})) || return 0
+
+  local asRoot=()
+  if ((EUID != 0)); then
+    if ! command -v sudo >/dev/null; then
+      echo "setup: neither root nor sudo; please install: ${missing[*]}" >&2
+      return 1
+    fi
+    asRoot=(sudo)
+  fi
+  echo "setup: installing ${missing[*]}" >&2
+  asRoot+=(env DEBIAN_FRONTEND=noninteractive apt-get -q -o DPkg::Lock::Timeout=300)
+  "${asRoot[@]}" update </dev/null >&2 &&
+    "${asRoot[@]}" install -y --no-install-recommends "${missing[@]}" </dev/null >&2
+}
+
+# buildPreset NAME [ARGUMENT...]: configures and builds one preset of CMakePresets.json; the further
+# arguments go to the build.
+buildPreset() {
+  local name=$1
+  shift
+  cmake --preset "$name" </dev/null >&2 &&
+    cmake --build --preset "$name" -j "$(nproc)" "$@" </dev/null >&2
+}
