@@ -22,7 +22,7 @@ struct Sampling {
   std::string bundle;                   // empty for an application without one
   std::optional<std::string> provider;  // of a native meeting client
   bool webClient = false;
-  bool generic = false;
+  bool generic = false;     // counts only where no table claims the application
   std::vector<Call> calls;  // every tracked call, in order of key
   AppSample sample;
 
@@ -79,8 +79,9 @@ std::vector<Element> orderedWindows(const std::vector<Element>& windows, const S
     }
   }
   std::vector<Element> ordered = rotated(windows, sampling.context.memory.scanOffset);
-  std::ranges::stable_partition(
-      ordered, [&](const Element& window) { return std::ranges::count(callWindows, window) > 0; });
+  std::stable_partition(ordered.begin(), ordered.end(), [&](const Element& window) {
+    return std::ranges::count(callWindows, window) > 0;
+  });
   return ordered;
 }
 
@@ -108,10 +109,6 @@ std::optional<Conference> rootConference(const Element& root, const std::string&
   return own ? shown : Conference{*sampling.provider, ""};
 }
 
-bool nativeZoomMeetingWindow(const std::string& windowTitle, const Sampling& sampling) {
-  return !sampling.webClient && sampling.provider && normalized(windowTitle) == "zoom meeting";
-}
-
 // Judges one root of a window and adds its surface, where it has one.
 void sampleRoot(const Element& root, const Element& window, const std::string& windowIdentity,
                 Sampling& sampling) {
@@ -121,9 +118,11 @@ void sampleRoot(const Element& root, const Element& window, const std::string& w
       rootConference(root, windowIdentity, identity, sampling);
   if (!conference) return;
   const std::string title = text(window, attributes::title);
-  const Evidence evidence =
-      labels(root, sampling.webClient, nativeZoomMeetingWindow(title, sampling),
-             /*nativeZoomPreviewRecovery=*/false, sampling.context.deadline);
+  const bool zoomMeeting =
+      !sampling.webClient && sampling.provider && nativeZoomMeetingTitle(title);
+  const Evidence evidence = labels(root, sampling.webClient, zoomMeeting,
+                                   /*nativeZoomPreviewRecovery=*/false, sampling.context.deadline);
+  sampling.context.scans.push_back({{root, sampling.webClient, zoomMeeting, false}, evidence});
   sampling.sample.surfaces.push_back(
       {windowIdentity, identity, *conference, evidence.state(conference->provider),
        firstCharacters(title, titleLimit), mediaActive(evidence.controls)});
@@ -174,8 +173,7 @@ AppSample sampleApplication(const platform::Application& application,
   sampling.provider = nativeProvider(sampling.bundle);
   sampling.webClient = webClientApplication(sampling.bundle);
   sample.audio = clientAudio(sampling.bundle, context.audio);
-  sampling.generic = !sampling.provider && !sampling.webClient &&
-                     genericClient(sampling.bundle, application.regular, sample.audio);
+  sampling.generic = genericClient(sampling.bundle, application.regular, sample.audio);
   for (const auto& [key, call] : context.tracker.calls) sampling.calls.push_back(call);
 
   const Element element = platform::applicationElement(application.pid, messageTimeout);

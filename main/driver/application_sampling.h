@@ -6,15 +6,13 @@
 #include <vector>
 
 #include "driver/scan_memory.h"
+#include "evidence/taken_scans.h"
 #include "identity/process_audio.h"
 #include "platform/platform.h"
 #include "tracking/call_records.h"
 #include "tracking/tracker.h"
 
 namespace callmonitor {
-
-// The longest that one message to an application may take, in seconds.
-inline constexpr double messageTimeout = 0.2;
 
 // What a cycle gives to the sampling of each application.
 struct SamplingContext {
@@ -24,6 +22,7 @@ struct SamplingContext {
   std::optional<std::vector<AudioProcess>> audio;
   const Tracker& tracker;
   ScanMemory& memory;
+  TakenScans& scans;  // takes every scan, for whoever looks at the same root later in the tick
 };
 
 // The sample of one application. At or after the deadline its tree is not opened and the sample

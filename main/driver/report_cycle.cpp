@@ -1,10 +1,9 @@
 #include "driver/report_cycle.h"
 
 #include <algorithm>
-#include <compare>
+#include <functional>
 #include <set>
 #include <string>
-#include <tuple>
 #include <vector>
 
 #include "driver/application_sampling.h"
@@ -39,7 +38,7 @@ bool candidate(const Application& application, const Tracker& tracker, const Aud
 }
 
 // The candidates in the order of this cycle: by rank, and among equals in turns.
-std::vector<Application> orderedCandidates(const ProcessState& state, const AudioList& audio) {
+std::vector<Application> orderedCandidates(const CycleState& state, const AudioList& audio) {
   std::vector<Application> candidates;
   for (const Application& application : platform::runningApplications()) {
     if (candidate(application, state.tracker, audio)) candidates.push_back(application);
@@ -54,9 +53,9 @@ std::vector<Application> orderedCandidates(const ProcessState& state, const Audi
   return candidates;
 }
 
-std::vector<AppSample> sampleApplications(ProcessState& state, const AudioList& audio,
-                                          double start) {
-  const SamplingContext context{start + cycleBudget, audio, state.tracker, state.scan};
+std::vector<AppSample> sampleApplications(const CycleState& state, const AudioList& audio,
+                                          double start, TakenScans& scans) {
+  const SamplingContext context{start + cycleBudget, audio, state.tracker, state.scan, scans};
   std::vector<AppSample> samples;
   for (const Application& application : orderedCandidates(state, audio)) {
     samples.push_back(sampleApplication(application, context));
@@ -95,7 +94,7 @@ void forgetUnseenElements(ScanMemory& memory, const Tracker& tracker) {
   forgetUnseen(memory, tracked);
 }
 
-double nextInterval(ProcessState& state, const std::vector<AppSample>& samples, bool trusted) {
+double nextInterval(const CycleState& state, const std::vector<AppSample>& samples, bool trusted) {
   const std::optional<std::int32_t> front = frontmostPID();
   const auto sample = std::ranges::find_if(
       samples, [&](const AppSample& candidate) { return front == candidate.pid; });
@@ -107,13 +106,14 @@ double nextInterval(ProcessState& state, const std::vector<AppSample>& samples, 
 
 }  // namespace
 
-double report(ProcessState& state) {
+double report(const CycleState& state) {
   const bool trusted = platform::accessibilityTrusted();
   forgetQuitLobbies(state.clients);
   const AudioList audio = trusted ? platform::audioProcesses() : std::nullopt;
   const double start = platform::systemUptime();
   std::vector<AppSample> samples;
-  if (trusted) samples = sampleApplications(state, audio, start);
+  TakenScans scans;
+  if (trusted) samples = sampleApplications(state, audio, start, scans);
   state.scan.scanOffset = (state.scan.scanOffset + 1) % scanOffsetModulus;
   if (trusted) forgetQuitApplications(state.scan, samples);
 
@@ -121,6 +121,7 @@ double report(ProcessState& state) {
     writeObservation(observation);
   }
   forgetUnseenElements(state.scan, state.tracker);
+  reportClientActivity(state.clients, state.gates, scans, trusted);
   emit(serializedHealth(trusted));
   return nextInterval(state, samples, trusted);
 }

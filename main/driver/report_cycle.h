@@ -1,7 +1,7 @@
 // One observation cycle of monitoring mode.
 #pragma once
 
-#include "process_state.h"
+#include "driver/cycle_state.h"
 
 namespace callmonitor {
 
@@ -12,8 +12,9 @@ inline constexpr double cycleBudget = 1.2;
 inline constexpr long scanOffsetModulus = 1'000'000;
 
 // Looks at every application that could hold a meeting, applies what was seen to the tracker and
-// writes the observations and one health record. Returns how many seconds after this cycle's start
-// the next one should start. Nothing that an application does can make it fail.
-double report(ProcessState& state);
+// writes the observations, what the client in front does, and one health record. Returns how many
+// seconds after this cycle's start the next one should start. Nothing that an application does can
+// make it fail.
+double report(const CycleState& state);
 
 }  // namespace callmonitor

@@ -6,12 +6,12 @@
 
 namespace callmonitor {
 
-void scheduleReports(ProcessState& state) {
+void scheduleReports(const CycleState& state) {
   const double start = platform::systemUptime();
   double interval = idleScanInterval;
   platform::inCycle([&] { interval = report(state); });
   const double elapsed = platform::systemUptime() - start;
-  platform::afterDelay(nextScanDelay(interval, elapsed), [&state] { scheduleReports(state); });
+  platform::afterDelay(nextScanDelay(interval, elapsed), [state] { scheduleReports(state); });
 }
 
 }  // namespace callmonitor

@@ -29,8 +29,13 @@ inline constexpr std::string_view enabled = "AXEnabled";
 inline constexpr std::string_view children = "AXChildren";
 inline constexpr std::string_view url = "AXURL";
 inline constexpr std::string_view windows = "AXWindows";
+inline constexpr std::string_view focusedWindow = "AXFocusedWindow";
 inline constexpr std::string_view enhancedUserInterface = "AXEnhancedUserInterface";
 }  // namespace attributes
+
+// The longest that one message to an application may take, in seconds: a hung client must not stall
+// the tick.
+inline constexpr double messageTimeout = 0.2;
 
 // No element has more of its children read.
 inline constexpr std::size_t childCap = 100;

@@ -45,6 +45,10 @@ bool startsNoticeContainer(std::string_view role, std::string_view subrole, bool
          (!browser && subrole == "AXDialog");
 }
 
+bool nativeZoomMeetingTitle(std::string_view title) {
+  return normalized(title) == "zoom meeting";
+}
+
 Evidence labels(const Element& root, bool browser, bool nativeZoomWindow,
                 bool nativeZoomPreviewRecovery, double pollDeadline) {
   const double deadline = std::min(platform::systemUptime() + labelScanSeconds, pollDeadline);

@@ -105,4 +105,8 @@ template <class Node, class WithinDeadline, class Read>
 [[nodiscard]] Evidence labels(const Element& root, bool browser, bool nativeZoomWindow,
                               bool nativeZoomPreviewRecovery, double pollDeadline);
 
+// Whether a window's title is that of a meeting of the native Zoom client, as opposed to its home
+// window, a webinar or a shared screen.
+[[nodiscard]] bool nativeZoomMeetingTitle(std::string_view title);
+
 }  // namespace callmonitor

@@ -10,7 +10,6 @@
 //  - Accessibility failures are codes beside the value, never exceptions.
 #pragma once
 
-#include <compare>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -53,7 +52,8 @@ struct Element {
 // Equal handles have equal hashes.
 [[nodiscard]] std::size_t hashOf(const Element& element);
 
-// A web address, kept apart from plain text because some clients give it as a value of its own type.
+// A web address, kept apart from plain text because some clients give it as a value of its own
+// type.
 struct Address {
   std::string text;
 };
@@ -115,7 +115,8 @@ void inCycle(const std::function<void()>& cycle);
 // Whether this process may read other applications' accessibility trees. Never asks the user.
 [[nodiscard]] bool accessibilityTrusted();
 
-// The running applications in the desktop's own order, which is stable from call to call.
+// The running applications in the desktop's own order, which is stable from call to call; one entry
+// for each process id.
 [[nodiscard]] std::vector<Application> runningApplications();
 // Absent when no running application has this process id.
 [[nodiscard]] std::optional<Application> runningApplication(std::int32_t pid);

@@ -86,8 +86,10 @@ struct Tick {
     conclude(key, call.missing < missingThreshold ? CallState::unknown : CallState::left);
   }
 
-  // Native calls are each a meeting of their own, even where the client gives no identity.
+  // Native calls are each a meeting of their own, even where the client gives no identity. In a
+  // browser a second view of a meeting whose first may still live is no second call.
   void open(const AppSample& sample, const Surface& surface) {
+    if (sample.browser && calls.contains(surface.conference.key)) return;
     Call call;
     call.id = platform::randomUUID();
     call.pid = sample.pid;
@@ -104,9 +106,8 @@ struct Tick {
     call.title = surface.title;
     call.mediaActive = surface.mediaActive;
     const std::string key = call.conference.key;
-    // A second view of a meeting whose first may still live is no second call.
-    const auto [entry, added] = calls.emplace(key, std::move(call));
-    if (added) conclude(key, CallState::joined);
+    calls.insert_or_assign(key, std::move(call));
+    conclude(key, CallState::joined);
   }
 
   void visit(const AppSample& sample) {

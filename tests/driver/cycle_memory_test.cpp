@@ -82,7 +82,7 @@ TEST_F(CycleMemory, AnApplicationThatIsAliveButNotReadIsNotForgotten) {
   desktop().uptime = 2000;
   clockAt("applications", 2001.2);
   (void)cycle();
-  EXPECT_TRUE(callsAfter("open ").empty());
+  EXPECT_TRUE(openedForSamples().empty());
   EXPECT_EQ(state.scan.accessibilityEnabled, (std::map<std::int32_t, double>{{7, 1.0}}));
 }
 

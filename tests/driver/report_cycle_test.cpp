@@ -281,7 +281,7 @@ TEST_F(ReportCycle, ApplicationsReachedAtTheDeadlineAreAliveButNotRead) {
   desktop().uptime = 2000;
   clockAt("read app:2 AXWindows", 2000 + 1.2);
   EXPECT_EQ(told(), Words{"unknown 2"}) << "not read is not left";
-  EXPECT_EQ(callsAfter("open "), Words{"2"});
+  EXPECT_EQ(openedForSamples(), Words{"2"});
   EXPECT_EQ(call().missing, 0);
 }
 

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "process_state.h"
 #include "support/desktop_builder.h"
 #include "support/emitted_records.h"
 
@@ -26,7 +27,7 @@ struct Scheduling : testing::Test {
   std::vector<Json> runUntil(double uptime) {
     desktop().runUntil = uptime;
     return recordsWrittenBy([&] {
-      scheduleReports(state);
+      scheduleReports(state.cycleState());
       platform::runLoop();
     });
   }
@@ -37,7 +38,7 @@ struct Scheduling : testing::Test {
 };
 
 TEST_F(Scheduling, TheFirstCycleRunsAtOnceAndArmsOneTimer) {
-  const auto records = recordsWrittenBy([&] { scheduleReports(state); });
+  const auto records = recordsWrittenBy([&] { scheduleReports(state.cycleState()); });
   EXPECT_EQ(ofKind(records, "health").size(), 1U);
   expectStarts({1000});
   ASSERT_EQ(desktop().timers.size(), 1U);

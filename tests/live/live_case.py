@@ -24,9 +24,9 @@ class DesktopCase(unittest.TestCase):
         """Starts the monitor and gives its stream; it ends with the test."""
         return self.enterContext(Stream(self.desktop.processes, self.desktop.environment))
 
-    def startBrowser(self, url):
-        """Starts a browser and gives it; it ends with the test."""
-        browser = Browser(self.desktop, self.pages, url)
+    def startBrowser(self, url, name="browser"):
+        """Starts a browser, with a profile of that name, and gives it; it ends with the test."""
+        browser = Browser(self.desktop, self.pages, url, name)
         self.addCleanup(browser.close)
         return browser
 

@@ -3,6 +3,7 @@
 import os
 import signal
 
+from accessibility_tree import windowsOf
 from live_case import DesktopCase
 from private_desktop import PrivateDesktop
 from story import CALL_ADDRESS, LANDING_ADDRESS
@@ -54,6 +55,17 @@ class ACallOnAFailingDesktop(DesktopCase):
         self.assertEqual([record["state"] for record in observations].count("left"), 1)
         self.assertEqual(observations[-1]["state"], "left")
 
+    def test_a_browser_that_is_started_again_is_read_and_its_call_is_another_session(self):
+        windows = set(windowsOf(self.desktop, self.browser.pid))
+        self.browser.close()
+        left = self.waitForState(self.stream, "left")
+        again = self.startBrowser(CALL_ADDRESS, "browser-again")
+        # The window server gives out the numbers of the closed windows again.
+        self.assertTrue(windows & set(windowsOf(self.desktop, again.pid)), "a number came again")
+        joined = self.join(self.stream, again.tab)
+        self.assertNotEqual(joined["sessionId"], left["sessionId"])
+        self.assertEqual(joined["sequence"], 1)
+
     def test_a_closed_tab_that_was_never_heard_is_unknown(self):
         self.browser.openTab(LANDING_ADDRESS)
         mark = self.stream.mark()
@@ -102,6 +114,29 @@ class ACallOnAFailingDesktop(DesktopCase):
         settled = self.stream.mark()
         self.assertStatesSince(self.stream, settled, "unknown")
         self.assertOneSession(self.stream.observations())
+
+
+class ACallWithoutAListOfWindows(DesktopCase):
+    """A session whose windows are not the window server's: the registry alone tells of programs."""
+
+    def test_an_accessibility_bus_that_starts_anew_leaves_the_call_of_a_living_browser_unknown(self):
+        self.desktop = self.enterContext(PrivateDesktop())
+        browser = self.startBrowser(CALL_ADDRESS)
+        # Only now, so that it is the monitor's session and not the browser's.
+        self.desktop.environment["XDG_SESSION_TYPE"] = "wayland"
+        stream = self.startMonitor()
+        self.join(stream, browser.tab)
+        mark = stream.mark()
+        self.desktop.processes.stop("accessibility-bus")
+        self.waitForState(stream, "unknown", mark)
+        settled = stream.mark()
+        self.assertStatesSince(stream, settled, "unknown", cycles=4)
+        self.waitUntilTrusted(stream, True, settled)
+        mark = stream.mark()
+        browser.close()
+        self.waitForState(stream, "left", mark)
+        self.assertOneSession(stream.observations())
+        self.assertEqual([record["state"] for record in stream.observations()].count("left"), 1)
 
 
 class ACallWithoutServicesToStart(DesktopCase):

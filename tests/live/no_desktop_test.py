@@ -7,7 +7,7 @@ import tempfile
 import unittest
 
 from processes import Processes
-from stream import PROGRAM, Stream, isHealth
+from stream import PROGRAM, Stream, isClientScan, isHealth
 
 
 class NoDesktop(unittest.TestCase):
@@ -42,14 +42,18 @@ class NoDesktop(unittest.TestCase):
                                if value is not None}
                 with Stream(self.processes, environment) as stream:
                     stream.waitForCycles(4, 0)
-                    records = stream.records()
-                    self.assertTrue(all(isHealth(record) for record in records), records)
+                    lines = stream.lines
+                    scans = [line.record for line in lines if isClientScan(line.record)]
+                    self.assertEqual([record["stage"] for record in scans], ["untrusted"])
+                    health = [line for line in lines if isHealth(line.record)]
+                    self.assertEqual(len(scans) + len(health), len(lines))
+                    records = [line.record for line in health]
                     self.assertEqual({record["trusted"] for record in records}, {False})
                     # Start to start it is one second; no cycle has anything to read here.
                     seconds = (records[3]["observedAt"] - records[0]["observedAt"]) / 1000
                     self.assertGreater(seconds, 2.5)
                     self.assertLess(seconds, 6.0)
-                    arrivals = [line.arrived for line in stream.lines[:4]]
+                    arrivals = [line.arrived for line in health[:4]]
                     self.assertGreater(arrivals[3] - arrivals[0], 2.0, "the lines came in one go")
                 self.assertEqual(self.processes.logOf("call-monitor"), "")
 
@@ -65,13 +69,13 @@ class NoDesktop(unittest.TestCase):
 
     def test_the_monitor_ends_when_its_reader_goes_away(self):
         process = self.start()
-        self.assertIn(b'"health"', process.stdout.readline())
+        self.assertIn(b'"untrusted"', process.stdout.readline())
         process.stdout.close()
         self.assertEqual(process.wait(20), -signal.SIGPIPE)
 
     def test_the_monitor_ends_when_its_reader_goes_away_even_if_its_parent_ignored_that(self):
         self.assertEqual(signal.getsignal(signal.SIGPIPE), signal.SIG_IGN)
         process = self.start(restore_signals=False)
-        self.assertIn(b'"health"', process.stdout.readline())
+        self.assertIn(b'"untrusted"', process.stdout.readline())
         process.stdout.close()
         self.assertEqual(process.wait(20), -signal.SIGPIPE)

@@ -172,6 +172,16 @@ class PrivateDesktop:
             "GetConnectionUnixProcessID", GLib.Variant("(s)", ("org.freedesktop.DBus",)), None,
             Gio.DBusCallFlags.NONE, _MESSAGE_TIMEOUT, None).unpack()[0]
 
+    def bringToFront(self, window):
+        """Makes an X11 window the active one, as a click in a taskbar does, and waits for it."""
+        self.query("xdotool", "windowactivate", str(window))
+        waitUntil("the window is the active one", lambda: self.activeWindow() == window)
+
+    def activeWindow(self):
+        """Gives the number of the window that the window manager calls active, or nothing."""
+        number = self.query("xprop", "-root", "-notype", "_NET_ACTIVE_WINDOW").rpartition("# ")[2]
+        return int(number.split(",")[0], 16) if number.strip() else None
+
     def query(self, *command):
         """Gives what a short program prints on this desktop; empty when it fails."""
         result = subprocess.run(command, env=self.environment, stdin=subprocess.DEVNULL,

@@ -38,6 +38,16 @@ def isObservation(record):
     return record.get("source") == "native"
 
 
+def isClient(record):
+    """Says whether a record tells of the meeting client in front."""
+    return record.get("type") == "client"
+
+
+def isClientScan(record):
+    """Says whether a record tells how far the look at the application in front came."""
+    return record.get("type") == "client-scan"
+
+
 class Stream:
     """A running monitor. `forward`, if given, takes each raw line as soon as it comes.
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "driver/report_cycle.h"
+#include "process_state.h"
 #include "support/desktop_builder.h"
 #include "support/emitted_records.h"
 
@@ -21,7 +22,7 @@ struct CycleTest : testing::Test {
   // One cycle, on a fresh record of calls; afterwards the clock moves on by a second.
   std::vector<Json> cycle() {
     desktop().calls.clear();
-    std::vector<Json> records = recordsWrittenBy([&] { interval = report(state); });
+    std::vector<Json> records = recordsWrittenBy([&] { interval = report(state.cycleState()); });
     desktop().uptime += 1;
     return records;
   }
@@ -35,10 +36,21 @@ struct CycleTest : testing::Test {
     return words;
   }
 
-  // The processes whose trees one cycle opened, in order.
+  // The processes whose trees one cycle opened for their sample, in order.
   std::vector<std::string> opened() {
     (void)cycle();
-    return callsAfter("open ");
+    return openedForSamples();
+  }
+
+  // The same of the last cycle. Who is in front is asked before the samples and again after them.
+  static std::vector<std::string> openedForSamples() {
+    std::vector<std::string> processes;
+    int askedForFront = 0;
+    for (const std::string& call : desktop().calls) {
+      if (call == "frontmost") ++askedForFront;
+      if (askedForFront == 1 && call.starts_with("open ")) processes.push_back(call.substr(5));
+    }
+    return processes;
   }
 
   // The one call that is tracked.

@@ -14,6 +14,7 @@ namespace callmonitor::support {
 struct SamplingTest : testing::Test {
   Tracker tracker;
   ScanMemory memory;
+  TakenScans scans;
   double deadline = 1001.2;
 
   SamplingTest() { scripted::reset(); }
@@ -22,7 +23,7 @@ struct SamplingTest : testing::Test {
   AppSample sample(std::int32_t pid) {
     const platform::Application application = platform::runningApplication(pid).value();
     desktop().calls.clear();
-    return sampleApplication(application, {deadline, desktop().audio, tracker, memory});
+    return sampleApplication(application, {deadline, desktop().audio, tracker, memory, scans});
   }
 
   std::string identifierOf(const std::string& key) {

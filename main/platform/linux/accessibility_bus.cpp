@@ -4,6 +4,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 
@@ -127,11 +128,24 @@ BusMessage newCall(sd_bus* connection, const ObjectName& object, const char* int
   return BusMessage(message);
 }
 
+std::optional<std::uint64_t> timeFor(const BusTarget& target, double now) {
+  if (!target.deadline) return target.limit;
+  const double left = (*target.deadline - now) * 1e6;
+  // Less than a microsecond would be zero, which the library takes for its own long limit.
+  if (left < 1) return std::nullopt;
+  return std::min(target.limit, static_cast<std::uint64_t>(left));
+}
+
 BusReply send(AccessibilityBus& bus, const BusTarget& target, BusMessage message) {
   if (!bus.connection || bus.silent.contains(target.object.bus)) return {code::cannotComplete, {}};
-  sd_bus_error error = SD_BUS_ERROR_NULL;
+  const auto limit = timeFor(target, systemUptime());
+  if (!limit) {
+    if (bus.rememberSilent) bus.silent.insert(target.object.bus);
+    return {code::cannotComplete, {}};
+  }
+  sd_bus_error error{};
   sd_bus_message* reply = nullptr;
-  const int result = sd_bus_call(bus.connection.get(), message.get(), target.limit, &error, &reply);
+  const int result = sd_bus_call(bus.connection.get(), message.get(), *limit, &error, &reply);
   if (result >= 0) return {code::success, BusMessage(reply)};
 
   std::int32_t outcome = error.name != nullptr ? codeOfBusError(error.name) : code::failure;

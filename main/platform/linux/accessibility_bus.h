@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <tuple>
@@ -65,11 +66,21 @@ struct BusReply {
   BusMessage message;
 };
 
-// Where a message goes and how long it may take, in microseconds.
+// Where a message goes and how long it may take.
 struct BusTarget {
   ObjectName object;
-  std::uint64_t limit = messageLimit;
+  std::uint64_t limit = messageLimit;  // microseconds
+  // The moment (uptime seconds) by which a whole question of several messages must be answered. An
+  // application that is not done by then counts as silent, however fast its single answers are.
+  std::optional<double> deadline = std::nullopt;
+
+  // The same limits for another object of the application.
+  [[nodiscard]] BusTarget at(ObjectName other) const { return {std::move(other), limit, deadline}; }
 };
+
+// How long a message that goes out at `now` (uptime seconds) may take, in microseconds: never more
+// than the target's limit; absent when its deadline has passed.
+[[nodiscard]] std::optional<std::uint64_t> timeFor(const BusTarget& target, double now);
 
 [[nodiscard]] BusMessage newCall(sd_bus* connection, const ObjectName& object,
                                  const char* interface, const char* member);

@@ -1,6 +1,7 @@
 // A single pass from the first "?" or "#" to the end.
 #include "platform/linux/address_repair.h"
 
+#include <cctype>
 #include <cstddef>
 
 namespace callmonitor::platform {
@@ -9,8 +10,7 @@ namespace {
 constexpr std::string_view rawCharacters = "{}|^\\[]\"`";
 
 bool hexDigit(char character) {
-  return (character >= '0' && character <= '9') || (character >= 'a' && character <= 'f') ||
-         (character >= 'A' && character <= 'F');
+  return std::isxdigit(static_cast<unsigned char>(character)) != 0;
 }
 
 void appendEncoded(std::string& out, char character) {

@@ -2,13 +2,18 @@
 #include "platform/linux/application_list.h"
 
 #include <algorithm>
-#include <iterator>
+#include <map>
 #include <set>
+#include <string>
 #include <tuple>
+#include <vector>
 
 #include "platform/linux/accessible_object.h"
+#include "platform/linux/application_memory.h"
 #include "platform/linux/bundle_identifier.h"
 #include "platform/linux/desktop.h"
+#include "platform/linux/frame_memory.h"
+#include "platform/linux/identity_facts.h"
 #include "platform/linux/process_files.h"
 #include "platform/platform.h"
 
@@ -24,7 +29,8 @@ std::optional<std::int32_t> processOf(Desktop& here, const std::string& busName)
   return answer.value;
 }
 
-void refreshRegistered(Desktop& here) {
+// False when the registry could not be read: what is remembered of it may be out of date.
+bool refreshRegistered(Desktop& here) {
   static const BusTarget registry{{"org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root"}};
   ApplicationMemory& memory = here.applications;
   if (memory.generation != here.bus.generation) {
@@ -34,10 +40,12 @@ void refreshRegistered(Desktop& here) {
     memory.processOfBusName.clear();
   }
   const auto children = readChildren(here.bus, registry);
-  if (children.code != code::success) return;
+  if (children.code != code::success) return false;
   std::vector<RegisteredApplication> registered;
   std::map<std::string, std::int32_t> stillThere;
+  std::set<std::string> names;
   for (const ObjectName& root : children.value) {
+    names.insert(root.bus);
     const auto pid = processOf(here, root.bus);
     if (!pid) continue;
     registered.push_back({root, *pid});
@@ -45,6 +53,8 @@ void refreshRegistered(Desktop& here) {
   }
   memory.registered = std::move(registered);
   memory.processOfBusName = std::move(stillThere);
+  forgetUnregistered(here.frames, names);
+  return true;
 }
 
 const RegisteredApplication* registeredApplication(const ApplicationMemory& memory,
@@ -63,14 +73,57 @@ bool showsFrames(Desktop& here, std::int32_t pid) {
   return properties.code == code::success && properties.value.childCount.value_or(0) > 0;
 }
 
-const std::optional<std::string>& bundleOf(ApplicationMemory& memory, std::int32_t pid,
-                                           std::uint64_t startTicks) {
-  const auto found = memory.identities.find(pid);
-  if (found != memory.identities.end() && found->second.startTicks == startTicks) {
-    return found->second.bundle;
+std::vector<Application> readApplications(Desktop& here) {
+  ApplicationMemory& memory = here.applications;
+  // Only a list of now makes a process an application: its number in an older one may be another's.
+  std::set<std::int32_t> listed;
+  if (refreshRegistered(here)) {
+    for (const RegisteredApplication& each : memory.registered) listed.insert(each.pid);
   }
-  KnownIdentity identity{startTicks, bundleIdentifier(identityFacts(pid))};
-  return memory.identities.insert_or_assign(pid, std::move(identity)).first->second.bundle;
+  auto windows = clientWindows(*here.x11);
+  const bool windowsRead = windows.has_value();
+  const bool windowsKnown = windowsRead || !memory.windows.empty();
+  if (windows) memory.windows = std::move(*windows);
+  std::set<std::int32_t> withWindow;
+  for (const ClientWindow& each : memory.windows) {
+    if (each.pid && each.normal) withWindow.insert(*each.pid);
+  }
+  if (windowsRead) listed.insert(withWindow.begin(), withWindow.end());
+  updateKnown(memory.known, listed, lookAtProcess);
+
+  std::vector<Application> applications;
+  for (auto& [pid, known] : memory.known) {
+    if (!known.bundle) known.bundle = bundleIdentifier(identityFacts(pid));
+    const bool regular = windowsKnown ? withWindow.contains(pid) : showsFrames(here, pid);
+    applications.push_back({pid, launchTime(known.launch), known.bundle, regular});
+  }
+  // In order of launch: the same from call to call, whichever list an application is in.
+  std::sort(applications.begin(), applications.end(),
+            [](const Application& left, const Application& right) {
+              return std::tie(left.launchedAt, left.pid) < std::tie(right.launchedAt, right.pid);
+            });
+  return applications;
+}
+
+// A new list, kept for the rest of the cycle.
+std::vector<Application> freshList(Desktop& here) {
+  std::vector<Application> applications = readApplications(here);
+  if (here.applications.keepList) {
+    here.applications.list = CycleList{here.bus.generation, applications};
+  }
+  return applications;
+}
+
+// The list that this cycle has made; null when there is none, or it speaks of an earlier bus.
+const std::vector<Application>* keptList(const Desktop& here) {
+  const auto& list = here.applications.list;
+  return list && list->generation == here.bus.generation ? &list->applications : nullptr;
+}
+
+const Application* applicationIn(const std::vector<Application>& applications, std::int32_t pid) {
+  const auto found = std::find_if(applications.begin(), applications.end(),
+                                  [&](const Application& each) { return each.pid == pid; });
+  return found != applications.end() ? &*found : nullptr;
 }
 
 }  // namespace
@@ -87,44 +140,30 @@ std::optional<ObjectName> registeredRoot(Desktop& here, std::int32_t pid) {
 
 std::vector<Application> runningApplications() {
   Desktop& here = desktop();
-  ApplicationMemory& memory = here.applications;
-  refreshRegistered(here);
-  auto windows = clientWindows(*here.x11);
-  const bool windowsKnown = windows || !memory.windows.empty();
-  if (windows) memory.windows = std::move(*windows);
-
-  std::set<std::int32_t> pids;
-  std::set<std::int32_t> withWindow;
-  for (const RegisteredApplication& each : memory.registered) pids.insert(each.pid);
-  for (const ClientWindow& each : memory.windows) {
-    if (!each.pid || !each.normal) continue;
-    pids.insert(*each.pid);
-    withWindow.insert(*each.pid);
-  }
-
-  std::vector<Application> applications;
-  for (const std::int32_t pid : pids) {
-    const auto stat = processStat(pid);
-    if (!stat) continue;
-    const bool regular = windowsKnown ? withWindow.contains(pid) : showsFrames(here, pid);
-    applications.push_back(
-        {pid, launchTime(*stat), bundleOf(memory, pid, stat->startTicks), regular});
-  }
-  std::erase_if(memory.identities, [&](const auto& each) { return !pids.contains(each.first); });
-  // In order of launch: the same from call to call, whichever list an application is in.
-  std::sort(applications.begin(), applications.end(),
-            [](const Application& left, const Application& right) {
-              return std::tie(left.launchedAt, left.pid) < std::tie(right.launchedAt, right.pid);
-            });
-  return applications;
+  const auto* kept = keptList(here);
+  const bool good =
+      kept != nullptr && std::all_of(kept->begin(), kept->end(), [&](const Application& each) {
+        return launchGoesOn(here.applications.known, each.pid, lookAtProcess(each.pid));
+      });
+  return good ? *kept : freshList(here);
 }
 
+// Lists are long to read and asked for many times in a cycle, so one serves a whole cycle. What the
+// kernel knows is read afresh each time: a process that ends or is replaced in the middle of a
+// cycle is noticed at once.
 std::optional<Application> runningApplication(std::int32_t pid) {
-  const std::vector<Application> applications = runningApplications();
-  const auto found = std::find_if(applications.begin(), applications.end(),
-                                  [&](const Application& each) { return each.pid == pid; });
-  if (found == applications.end()) return std::nullopt;
-  return *found;
+  Desktop& here = desktop();
+  const ProcessLook look = lookAtProcess(pid);
+  if (look.gone) return std::nullopt;
+  if (const auto* kept = keptList(here)) {
+    const Application* application = applicationIn(*kept, pid);
+    if (application != nullptr && launchGoesOn(here.applications.known, pid, look)) {
+      return *application;
+    }
+  }
+  const std::vector<Application> applications = freshList(here);
+  const Application* application = applicationIn(applications, pid);
+  return application != nullptr ? std::optional(*application) : std::nullopt;
 }
 
 std::optional<Application> frontmostApplication() {

@@ -33,6 +33,9 @@ void inCycle(const std::function<void()>& cycle) {
     here.bus.rememberSilent = remember;
     here.x11->silent = false;
     here.x11->rememberSilent = remember;
+    here.applications.keepList = remember;
+    here.applications.list.reset();
+    here.frames.passing.clear();
     here.element = {};
     here.element.active = remember;
   };

@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "platform/linux/accessibility_bus.h"
-#include "platform/linux/application_list.h"
+#include "platform/linux/application_memory.h"
 #include "platform/linux/element_reading.h"
-#include "platform/linux/frame_windows.h"
+#include "platform/linux/frame_memory.h"
 #include "platform/linux/x11.h"
 
 namespace callmonitor::platform {

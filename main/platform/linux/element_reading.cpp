@@ -7,7 +7,9 @@
 #include <utility>
 
 #include "platform/linux/address_repair.h"
+#include "platform/linux/application_list.h"
 #include "platform/linux/desktop.h"
+#include "platform/linux/frame_windows.h"
 #include "platform/linux/role_map.h"
 
 namespace callmonitor::platform {
@@ -31,13 +33,21 @@ Element handle(const ElementReference& parent, ObjectName object, bool topLevel 
   return {std::make_shared<const ElementReference>(std::move(reference))};
 }
 
+// The moment by which a question that is put now must be answered.
+double deadlineFrom(const ElementReference& reference) {
+  return systemUptime() + static_cast<double>(reference.limit) / 1e6;
+}
+
 // One read of one attribute of one element.
 struct Request {
   Desktop& desktop;
   const ElementReference& reference;
   ElementMemory& memory;
+  // One for all messages of the read, so that an application that is slow to answer each of them
+  // cannot hold a cycle up for longer than one that answers none.
+  double deadline = deadlineFrom(reference);
 
-  [[nodiscard]] BusTarget target() const { return {reference.object, reference.limit}; }
+  [[nodiscard]] BusTarget target() const { return {reference.object, reference.limit, deadline}; }
 };
 
 // Each of these answers from memory or asks, and gives the code.
@@ -213,9 +223,18 @@ Reading identifierReading(const Request& request) {
   return identifier.empty() ? failed(code::noValue) : textReading(identifier);
 }
 
+// What the window server is slow to say is not the application's fault: its own time begins after.
+WindowedApplication clientOf(const Request& request) {
+  auto windows = clientWindows(*request.desktop.x11);
+  const ElementReference& reference = request.reference;
+  return {{reference.object, reference.limit, deadlineFrom(reference)},
+          reference.pid,
+          std::move(windows)};
+}
+
 Reading windowsReading(const Request& request) {
   if (!request.reference.application) return failed(code::attributeUnsupported);
-  auto windows = readWindows(request.desktop, request.target(), request.reference.pid);
+  auto windows = readWindows(request.desktop, clientOf(request));
   if (windows.code != code::success) return failed(windows.code);
   std::vector<Element> elements;
   for (FrameWindow& window : windows.value) {
@@ -226,7 +245,9 @@ Reading windowsReading(const Request& request) {
 
 Reading focusedWindowReading(const Request& request) {
   if (!request.reference.application) return failed(code::attributeUnsupported);
-  auto window = readFocusedWindow(request.desktop, request.target(), request.reference.pid);
+  const auto active = activeWindow(*request.desktop.x11);
+  if (!active) return failed(code::noValue);
+  auto window = readFocusedWindow(request.desktop, clientOf(request), *active);
   if (window.code != code::success) return failed(window.code);
   return {code::success, handle(request.reference, std::move(window.value), true)};
 }

@@ -16,7 +16,14 @@ struct LooseFrame {
   ObjectName object;
   std::string name;
   bool hasChildren = false;
+  Standing standing = Standing::window;
 };
+
+// Without a window server to tell, a named frame with something in it is a window. Where there is
+// one, such a frame has a window that is merely not found yet.
+bool plainlyWindow(const LooseFrame& frame) {
+  return frame.standing == Standing::window && !frame.name.empty() && frame.hasChildren;
+}
 
 // Fills `loose` when the object is a frame. An object that is gone or is no frame is passed over.
 std::int32_t readFrame(Desktop& here, const BusTarget& target, std::vector<LooseFrame>& loose) {
@@ -25,118 +32,123 @@ std::int32_t readFrame(Desktop& here, const BusTarget& target, std::vector<Loose
   };
   const auto role = readRole(here.bus, target);
   if (role.code != code::success) return passable(role.code) ? code::success : role.code;
-  if (!windowRole(role.value)) return code::success;
+  const Standing standing = standingOf(role.value);
+  if (standing == Standing::part) return code::success;
   auto properties = readProperties(here.bus, target);
   if (properties.code != code::success) {
     return passable(properties.code) ? code::success : properties.code;
   }
   loose.push_back({target.object, std::move(properties.value.name),
-                   properties.value.childCount.value_or(0) != 0});
+                   properties.value.childCount.value_or(0) != 0, standing});
   return code::success;
 }
 
-std::vector<ClientWindow> windowsOf(std::vector<ClientWindow> windows, std::int32_t pid) {
-  std::erase_if(windows, [&](const ClientWindow& each) { return each.pid != pid; });
+// The windows of the process that no frame has for certain.
+std::vector<ClientWindow> freeWindows(const FrameMemory& memory,
+                                      const WindowedApplication& application) {
+  std::vector<ClientWindow> windows = *application.listed;
+  std::erase_if(windows, [&](const ClientWindow& each) {
+    return each.pid != application.pid || paired(memory, each.id);
+  });
   return windows;
 }
 
-bool lists(const std::vector<ClientWindow>& windows, std::uint32_t id) {
-  return std::any_of(windows.begin(), windows.end(),
-                     [&](const ClientWindow& each) { return each.id == id; });
-}
-
-bool taken(const FrameMemory& memory, std::uint32_t id) {
-  return std::any_of(memory.windowOf.begin(), memory.windowOf.end(),
-                     [&](const auto& each) { return each.second == id; });
-}
-
-void forgetClosed(FrameMemory& memory, const std::vector<ClientWindow>& all) {
-  std::erase_if(memory.windowOf, [&](const auto& each) { return !lists(all, each.second); });
-}
-
-// Pairs loose frames with windows that are not taken. Certain pairs are remembered.
-std::vector<FrameWindow> pairUp(Desktop& here, const std::vector<LooseFrame>& loose,
-                                const std::vector<ClientWindow>& windows, std::uint64_t limit) {
+Answer<std::vector<MatchCandidate>> frameCandidates(Desktop& here, const BusTarget& root,
+                                                    const std::vector<LooseFrame>& loose) {
   std::vector<MatchCandidate> frames;
   for (const LooseFrame& each : loose) {
-    MatchCandidate candidate{each.name, std::nullopt};
+    MatchCandidate candidate{each.name, std::nullopt, plainlyWindow(each)};
     // The extra frames of a browser have no name; their place is of no interest.
     if (!each.name.empty()) {
-      const auto extents = readExtents(here.bus, {each.object, limit});
+      const auto extents = readExtents(here.bus, root.at(each.object));
+      if (extents.code == code::cannotComplete) return {extents.code, {}};
       if (extents.code == code::success) candidate.extents = extents.value;
     }
     frames.push_back(std::move(candidate));
   }
-  std::vector<MatchCandidate> candidates;
-  std::vector<std::uint32_t> numbers;
-  for (const ClientWindow& each : windows) {
-    if (taken(here.frames, each.id)) continue;
-    candidates.push_back({each.name.value_or(""), each.extents});
-    numbers.push_back(each.id);
-  }
-  std::vector<FrameWindow> pairs;
-  for (const WindowMatch& match : matchWindows(frames, candidates)) {
-    const ObjectName& frame = loose[match.frame].object;
-    pairs.push_back({frame, numbers[match.window]});
-    if (match.certain) here.frames.windowOf.emplace(frame, numbers[match.window]);
-  }
-  return pairs;
+  return {code::success, std::move(frames)};
 }
 
-// Without a list of windows a named frame with something in it is a window.
-std::vector<FrameWindow> namedFrames(const std::vector<LooseFrame>& loose) {
-  std::vector<FrameWindow> windows;
-  for (const LooseFrame& each : loose) {
-    if (!each.name.empty() && each.hasChildren) windows.push_back({each.object, std::nullopt});
+// Pairs loose frames with windows that are not taken and remembers the pairs.
+std::int32_t pairUp(Desktop& here, const WindowedApplication& application,
+                    const std::vector<LooseFrame>& loose) {
+  const auto frames = frameCandidates(here, application.root, loose);
+  if (frames.code != code::success) return frames.code;
+  const auto windows = freeWindows(here.frames, application);
+  std::vector<MatchCandidate> candidates;
+  candidates.reserve(windows.size());
+  for (const ClientWindow& each : windows) {
+    candidates.push_back({each.name.value_or(""), each.extents, each.normal});
   }
-  return windows;
+  const auto matches = matchWindows(frames.value, candidates);
+  for (const WindowMatch& match : matches) {
+    FramePairs& pairs = match.certain ? here.frames.certain : here.frames.passing;
+    pairs.insert_or_assign(loose[match.frame].object, windows[match.window].id);
+  }
+  return partnersMissing(frames.value, candidates, matches) ? code::failure : code::success;
+}
+
+bool showsWindow(const WindowedApplication& application) {
+  return std::any_of(
+      application.listed->begin(), application.listed->end(),
+      [&](const ClientWindow& each) { return each.pid == application.pid && each.normal; });
+}
+
+// Reads the children that are not known to be windows. Anything but success makes the list of
+// windows a failure.
+Answer<std::vector<LooseFrame>> readLoose(Desktop& here, const BusTarget& root,
+                                          const std::vector<ObjectName>& children) {
+  std::vector<LooseFrame> loose;
+  for (const ObjectName& child : children) {
+    if (here.frames.certain.contains(child)) continue;
+    const std::int32_t outcome = readFrame(here, root.at(child), loose);
+    if (outcome != code::success) return {outcome, {}};
+  }
+  return {code::success, std::move(loose)};
+}
+
+// Drops what an earlier reading knew and this one does not bear out.
+void forgetOutdated(FrameMemory& memory, const WindowedApplication& application,
+                    const std::vector<ObjectName>& children) {
+  forgetClosedFrames(memory, application.root.object.bus, children);
+  if (application.listed) forgetClosedWindows(memory, *application.listed);
+  std::erase_if(memory.passing,
+                [&](const auto& pair) { return pair.first.bus == application.root.object.bus; });
 }
 
 }  // namespace
 
-Answer<std::vector<FrameWindow>> readWindows(Desktop& here, const BusTarget& target,
-                                             std::int32_t pid) {
-  if (here.frames.generation != here.bus.generation) here.frames = {here.bus.generation, {}};
-  const auto children = readChildren(here.bus, target);
+Answer<std::vector<FrameWindow>> readWindows(Desktop& here,
+                                             const WindowedApplication& application) {
+  if (here.frames.generation != here.bus.generation) here.frames = {here.bus.generation, {}, {}};
+  const auto children = readChildren(here.bus, application.root);
   if (children.code != code::success) return {children.code, {}};
-  const auto all = clientWindows(*here.x11);
-  if (all) forgetClosed(here.frames, *all);
-
-  std::vector<FrameWindow> windows;
-  std::vector<LooseFrame> loose;
-  for (const ObjectName& child : children.value) {
-    const auto known = here.frames.windowOf.find(child);
-    if (known != here.frames.windowOf.end()) {
-      windows.push_back({child, known->second});
-      continue;
-    }
-    const std::int32_t outcome = readFrame(here, {child, target.limit}, loose);
+  forgetOutdated(here.frames, application, children.value);
+  const auto loose = readLoose(here, application.root, children.value);
+  if (loose.code != code::success) return {loose.code, {}};
+  if (application.listed) {
+    const std::int32_t outcome = pairUp(here, application, loose.value);
     if (outcome != code::success) return {outcome, {}};
   }
-  if (!all) {
-    const auto named = namedFrames(loose);
-    windows.insert(windows.end(), named.begin(), named.end());
-    return {code::success, std::move(windows)};
+
+  std::vector<FrameWindow> windows;
+  for (const ObjectName& child : children.value) {
+    if (const auto number = windowOf(here.frames, child)) {
+      windows.push_back({child, number});
+    } else if (!application.listed &&
+               std::any_of(loose.value.begin(), loose.value.end(), [&](const LooseFrame& each) {
+                 return each.object == child && plainlyWindow(each);
+               })) {
+      windows.push_back({child, std::nullopt});
+    }
   }
-  const auto own = windowsOf(*all, pid);
-  const auto paired = pairUp(here, loose, own, target.limit);
-  windows.insert(windows.end(), paired.begin(), paired.end());
-  const bool shown =
-      std::any_of(own.begin(), own.end(), [](const ClientWindow& each) { return each.normal; });
-  if (shown && windows.empty()) return {code::failure, {}};
-  std::sort(windows.begin(), windows.end(), [&](const FrameWindow& one, const FrameWindow& other) {
-    const auto place = [&](const FrameWindow& each) {
-      return std::find(children.value.begin(), children.value.end(), each.frame);
-    };
-    return place(one) < place(other);
-  });
+  if (windows.empty() && application.listed && showsWindow(application)) return {};
   return {code::success, std::move(windows)};
 }
 
-Answer<ObjectName> readFocusedWindow(Desktop& here, const BusTarget& target, std::int32_t pid) {
-  const auto active = activeWindow(*here.x11);
-  if (!active) return {code::noValue, {}};
-  auto windows = readWindows(here, target, pid);
+Answer<ObjectName> readFocusedWindow(Desktop& here, const WindowedApplication& application,
+                                     std::uint32_t active) {
+  auto windows = readWindows(here, application);
   if (windows.code != code::success) return {windows.code, {}};
   for (FrameWindow& each : windows.value) {
     if (each.number == active) return {code::success, std::move(each.frame)};
@@ -146,9 +158,9 @@ Answer<ObjectName> readFocusedWindow(Desktop& here, const BusTarget& target, std
 
 std::optional<std::string> shownName(Desktop& here, const ObjectName& frame) {
   if (here.frames.generation != here.bus.generation) return std::nullopt;
-  const auto known = here.frames.windowOf.find(frame);
-  if (known == here.frames.windowOf.end()) return std::nullopt;
-  return windowName(*here.x11, known->second);
+  const auto window = windowOf(here.frames, frame);
+  if (!window) return std::nullopt;
+  return windowName(*here.x11, *window);
 }
 
 }  // namespace callmonitor::platform

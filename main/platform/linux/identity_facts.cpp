@@ -1,10 +1,9 @@
-// Collects the facts of bundle_identifier.h from /proc.
+// Collects the facts from /proc.
 #include "platform/linux/identity_facts.h"
 
 #include <algorithm>
 #include <cstddef>
 
-#include "platform/linux/bundle_identifier.h"
 #include "platform/linux/process_files.h"
 #include "platform/linux/utf8.h"
 
@@ -54,14 +53,14 @@ std::string launchedDesktopFile(const std::vector<std::string>& environment, std
 IdentityFacts identityFacts(std::int32_t pid) {
   const std::string process = "/proc/" + std::to_string(pid);
   IdentityFacts facts;
-  facts.executable = validUtf8(readLink(process + "/exe").value_or(""));
+  facts.executable = repairedUtf8(readLink(process + "/exe").value_or(""));
   const auto arguments = splitAtNul(readFile(process + "/cmdline").value_or(""));
-  if (!arguments.empty()) facts.command = validUtf8(arguments.front());
+  if (!arguments.empty()) facts.command = repairedUtf8(arguments.front());
   facts.flatpak =
-      validUtf8(flatpakIdentifier(readFile(process + "/root/.flatpak-info").value_or("")));
+      repairedUtf8(flatpakIdentifier(readFile(process + "/root/.flatpak-info").value_or("")));
   facts.snap = snapName(facts.executable);
-  facts.desktopFile =
-      validUtf8(launchedDesktopFile(splitAtNul(readFile(process + "/environ").value_or("")), pid));
+  facts.desktopFile = repairedUtf8(
+      launchedDesktopFile(splitAtNul(readFile(process + "/environ").value_or("")), pid));
   return facts;
 }
 

@@ -4,10 +4,13 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
+#include <cerrno>
 #include <charconv>
 #include <cstddef>
 #include <system_error>
+#include <utility>
 
 namespace callmonitor::platform {
 namespace {
@@ -30,6 +33,27 @@ std::vector<std::string_view> splitAtSpaces(std::string_view text) {
     text.remove_prefix(std::min(end + 1, text.size()));
   }
   return fields;
+}
+
+// A file's text, or the errno that kept it from being read.
+struct FileText {
+  int error = 0;
+  std::string text;
+};
+
+FileText fileText(const std::string& path) {
+  const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  if (file < 0) return {errno, {}};
+  FileText result;
+  std::array<char, 4096> buffer{};
+  while (result.text.size() < longestFile) {
+    const ssize_t got = read(file, buffer.data(), buffer.size());
+    if (got < 0) result.error = errno;
+    if (got <= 0) break;
+    result.text.append(buffer.data(), static_cast<std::size_t>(got));
+  }
+  close(file);
+  return result;
 }
 
 const std::optional<std::int64_t>& bootTime() {
@@ -76,12 +100,19 @@ std::vector<std::string> splitAtNul(std::string_view text) {
   return parts;
 }
 
-std::optional<ProcessStat> processStat(std::int32_t pid) {
-  const auto text = readFile("/proc/" + std::to_string(pid) + "/stat");
-  if (!text) return std::nullopt;
-  const auto stat = parseProcessStat(*text);
-  if (!stat || stat->state == 'Z' || stat->state == 'X') return std::nullopt;
-  return stat;
+ProcessLook processLook(int error, std::string_view text) {
+  // A process that ends between the opening and the reading of its file is "no such process" too.
+  if (error == ENOENT || error == ESRCH) return {true, std::nullopt};
+  if (error != 0) return {};
+  const auto stat = parseProcessStat(text);
+  if (!stat) return {};
+  if (stat->state == 'Z' || stat->state == 'X') return {true, std::nullopt};
+  return {false, stat};
+}
+
+ProcessLook lookAtProcess(std::int32_t pid) {
+  const FileText file = fileText("/proc/" + std::to_string(pid) + "/stat");
+  return processLook(file.error, file.text);
 }
 
 std::optional<double> launchTime(const ProcessStat& stat) {
@@ -93,17 +124,9 @@ std::optional<double> launchTime(const ProcessStat& stat) {
 }
 
 std::optional<std::string> readFile(const std::string& path) {
-  const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-  if (file < 0) return std::nullopt;
-  std::string text;
-  std::array<char, 4096> buffer{};
-  while (text.size() < longestFile) {
-    const ssize_t got = read(file, buffer.data(), buffer.size());
-    if (got <= 0) break;
-    text.append(buffer.data(), static_cast<std::size_t>(got));
-  }
-  close(file);
-  return text;
+  FileText file = fileText(path);
+  if (file.error != 0) return std::nullopt;
+  return std::move(file.text);
 }
 
 std::optional<std::string> readLink(const std::string& path) {

@@ -27,15 +27,25 @@ struct ProcessStat {
 // Splits the NUL-separated texts of /proc/PID/cmdline or environ.
 [[nodiscard]] std::vector<std::string> splitAtNul(std::string_view text);
 
-// Absent when there is no such process. A process that has ended but is not yet reaped is absent.
-[[nodiscard]] std::optional<ProcessStat> processStat(std::int32_t pid);
+// What one look at a process said. A look that failed, for want of a file descriptor or of memory,
+// says nothing: neither `gone` nor a stat.
+struct ProcessLook {
+  bool gone = false;  // there is no such process, or it has ended and is merely not yet reaped
+  std::optional<ProcessStat> stat;  // of a living process
+};
+
+// The meaning of an attempt to read /proc/PID/stat: `error` is its errno, 0 where it gave `text`.
+[[nodiscard]] ProcessLook processLook(int error, std::string_view text);
+
+// Looks at a process now.
+[[nodiscard]] ProcessLook lookAtProcess(std::int32_t pid);
 
 // Seconds since 1970 at which the process began, to the kernel's clock tick. Boot time is read
 // once, so that the double is the same at every reading for the life of the process even while the
 // wall clock is being corrected.
 [[nodiscard]] std::optional<double> launchTime(const ProcessStat& stat);
 
-// The whole file, at most a megabyte of it; absent when it cannot be opened.
+// The whole file, at most a megabyte of it; absent when it cannot be read.
 [[nodiscard]] std::optional<std::string> readFile(const std::string& path);
 
 // The target of a symbolic link; absent when it cannot be read.

@@ -84,6 +84,7 @@ constexpr std::array rows{
     Row{role::staticText, "AXStaticText"},
     Row{121, "AXList", "AXDescriptionList"},  // description list
     Row{129, "AXMenuButton"},                 // push button that opens a menu
+    Row{130, "AXCheckBox", "AXSwitch"},       // switch (newer buses; else a toggle button)
 };
 
 static_assert(std::is_sorted(rows.begin(), rows.end(), [](const Row& one, const Row& other) {
@@ -91,7 +92,7 @@ static_assert(std::is_sorted(rows.begin(), rows.end(), [](const Row& one, const 
 }));
 
 // Roles of the bus end here; above the table's rows, what is not listed is a plain container.
-constexpr std::uint32_t lastRole = 130;
+constexpr std::uint32_t lastRole = 131;
 
 // Page roles that the bus folds into a number of wider meaning.
 struct WebRole {
@@ -127,7 +128,7 @@ bool hasWord(std::string_view words, std::string_view wanted) {
 }  // namespace
 
 std::string_view macRole(const AccessibleFacts& facts) {
-  if (facts.topLevel && windowRole(facts.role)) return "AXWindow";
+  if (facts.topLevel && standingOf(facts.role) != Standing::part) return "AXWindow";
   const Row* row = rowOf(facts.role);
   const std::string_view plain =
       row != nullptr ? row->macRole : (facts.role < lastRole ? "AXGroup" : "AXUnknown");
@@ -144,13 +145,15 @@ std::string_view macRole(const AccessibleFacts& facts) {
     default:
       break;
   }
-  // A container in which a person types, whatever the page calls it.
-  if (plain == "AXGroup" && has(facts, state::editable | state::focusable)) return "AXTextArea";
+  // Something in which a person types, whatever the page or a newer bus calls it.
+  if ((plain == "AXGroup" || plain == "AXUnknown") &&
+      has(facts, state::editable | state::focusable))
+    return "AXTextArea";
   return plain;
 }
 
 std::string_view macSubrole(const AccessibleFacts& facts) {
-  if (facts.topLevel && windowRole(facts.role)) {
+  if (facts.topLevel && standingOf(facts.role) != Standing::part) {
     return facts.role == role::frame || facts.role == role::window ? "AXStandardWindow"
                                                                    : "AXDialog";
   }
@@ -174,9 +177,20 @@ bool nameIsValue(std::uint32_t role) {
   return role == role::staticText || role == role::label;
 }
 
-bool windowRole(std::uint32_t role) {
-  return role == role::frame || role == role::window || role == role::dialog ||
-         role == role::fileChooser || role == role::colorChooser || role == role::fontChooser;
+Standing standingOf(std::uint32_t role) {
+  switch (role) {
+    case role::frame:
+    case role::window:
+    case role::dialog:
+    case role::fileChooser:
+    case role::colorChooser:
+    case role::fontChooser:
+      return Standing::window;
+    case role::alert:
+      return Standing::perhapsWindow;
+    default:
+      return Standing::part;
+  }
 }
 
 }  // namespace callmonitor::platform

@@ -66,8 +66,14 @@ struct AccessibleFacts {
 // Whether the object's name is the text that it shows ("AXValue") and not its label ("AXTitle").
 [[nodiscard]] bool nameIsValue(std::uint32_t role);
 
-// Whether a child of an application with this role can be one of its windows. A permission prompt
-// (role alert) stands beside the windows and is none.
-[[nodiscard]] bool windowRole(std::uint32_t role);
+// What a child of an application with this role is to the application.
+enum class Standing {
+  part,    // never a window
+  window,  // one of its windows
+  // A window only where the window server shows one behind it: a toolkit's message dialog has the
+  // same role as a browser's permission prompt, which stands beside the windows and is none.
+  perhapsWindow,
+};
+[[nodiscard]] Standing standingOf(std::uint32_t role);
 
 }  // namespace callmonitor::platform

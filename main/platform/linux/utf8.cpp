@@ -30,7 +30,7 @@ Lead leadOf(unsigned char byte) {
 
 }  // namespace
 
-std::string validUtf8(std::string_view text) {
+std::string repairedUtf8(std::string_view text) {
   std::string result;
   result.reserve(text.size());
   std::size_t at = 0;

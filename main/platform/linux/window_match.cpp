@@ -6,6 +6,8 @@
 #include <cstdlib>
 #include <tuple>
 
+#include "text/unicode.h"
+
 namespace callmonitor::platform {
 namespace {
 
@@ -47,6 +49,26 @@ bool rivals(const Pair& one, const Pair& other) {
          (one.agreement == NameAgreement::none || one.distance == other.distance);
 }
 
+// Which frames and windows have found a partner.
+struct Taken {
+  std::vector<bool> frames;
+  std::vector<bool> windows;
+
+  [[nodiscard]] bool either(const Pair& pair) const {
+    return frames[pair.frame] || windows[pair.window];
+  }
+};
+
+// Whether nothing but chance would choose this pair. Of two windows with the same name in the same
+// place each stays in doubt even when the other has been given away; place alone has a doubt only
+// among those whose names have found them no partner.
+bool doubtful(const Pair& pair, const std::vector<Pair>& pairs, const Taken& taken) {
+  const bool named = pair.agreement != NameAgreement::none;
+  return std::any_of(pairs.begin(), pairs.end(), [&](const Pair& each) {
+    return rivals(pair, each) && (named || !taken.either(each));
+  });
+}
+
 std::vector<Pair> rankedPairs(const std::vector<MatchCandidate>& frames,
                               const std::vector<MatchCandidate>& windows) {
   std::vector<Pair> pairs;
@@ -83,18 +105,7 @@ std::string withoutDirectionMarks(std::string_view text) {
 }
 
 std::string comparableName(std::string_view name) {
-  std::string result;
-  bool space = false;
-  for (const char character : withoutDirectionMarks(name)) {
-    if (character == ' ' || character == '\t' || character == '\n' || character == '\r') {
-      space = true;
-      continue;
-    }
-    if (space && !result.empty()) result.push_back(' ');
-    space = false;
-    result.push_back(character);
-  }
-  return result;
+  return singleSpaced(withoutDirectionMarks(name));
 }
 
 NameAgreement nameAgreement(std::string_view frame, std::string_view window) {
@@ -116,22 +127,36 @@ NameAgreement nameAgreement(std::string_view frame, std::string_view window) {
 std::vector<WindowMatch> matchWindows(const std::vector<MatchCandidate>& frames,
                                       const std::vector<MatchCandidate>& windows) {
   const std::vector<Pair> pairs = rankedPairs(frames, windows);
-  std::vector<bool> frameTaken(frames.size(), false);
-  std::vector<bool> windowTaken(windows.size(), false);
+  Taken taken{std::vector<bool>(frames.size()), std::vector<bool>(windows.size())};
   std::vector<WindowMatch> matches;
   for (const Pair& pair : pairs) {
-    if (frameTaken[pair.frame] || windowTaken[pair.window]) continue;
+    if (taken.either(pair)) continue;
     const bool named = pair.agreement != NameAgreement::none;
-    const bool rival = std::any_of(pairs.begin(), pairs.end(),
-                                   [&](const Pair& each) { return rivals(pair, each); });
-    if (!named && rival) continue;
-    frameTaken[pair.frame] = windowTaken[pair.window] = true;
-    matches.push_back({pair.frame, pair.window, named && !rival});
+    const bool doubt = doubtful(pair, pairs, taken);
+    if (!named && doubt) continue;
+    taken.frames[pair.frame] = taken.windows[pair.window] = true;
+    matches.push_back({pair.frame, pair.window, named && !doubt});
   }
   std::sort(matches.begin(), matches.end(), [](const WindowMatch& one, const WindowMatch& other) {
     return one.frame < other.frame;
   });
   return matches;
+}
+
+bool partnersMissing(const std::vector<MatchCandidate>& frames,
+                     const std::vector<MatchCandidate>& windows,
+                     const std::vector<WindowMatch>& matches) {
+  const auto missing = [&](const std::vector<MatchCandidate>& list,
+                           std::size_t WindowMatch::*position) {
+    for (std::size_t at = 0; at < list.size(); ++at) {
+      const bool found = std::any_of(matches.begin(), matches.end(), [&](const WindowMatch& match) {
+        return match.*position == at;
+      });
+      if (list[at].needsPartner && !found) return true;
+    }
+    return false;
+  };
+  return missing(frames, &WindowMatch::frame) && missing(windows, &WindowMatch::window);
 }
 
 }  // namespace callmonitor::platform

@@ -24,6 +24,8 @@ struct Extents {
 struct MatchCandidate {
   std::string name;
   std::optional<Extents> extents;
+  // A window beyond doubt, whose partner must be somewhere; not a prompt, a dock or an empty frame.
+  bool needsPartner = true;
 };
 
 // Positions in the two lists. A match is certain when the names agree and no other pairing of the
@@ -37,8 +39,8 @@ struct WindowMatch {
 // The text without the invisible marks that steer the direction of text.
 [[nodiscard]] std::string withoutDirectionMarks(std::string_view text);
 
-// The name with direction marks removed and white space at both ends and in runs folded: the window
-// server's names carry marks around right-to-left text that accessible names do not.
+// The name with direction marks removed and white space of every kind folded: the window server's
+// names carry marks around right-to-left text that accessible names do not.
 [[nodiscard]] std::string comparableName(std::string_view name);
 
 // How far the two names speak for the same window.
@@ -57,5 +59,11 @@ enum class NameAgreement {
 // order of frames.
 [[nodiscard]] std::vector<WindowMatch> matchWindows(const std::vector<MatchCandidate>& frames,
                                                     const std::vector<MatchCandidate>& windows);
+
+// Whether a frame and a window that need a partner are both left without one: they may be the same,
+// so a list made of the matches alone could lack it.
+[[nodiscard]] bool partnersMissing(const std::vector<MatchCandidate>& frames,
+                                   const std::vector<MatchCandidate>& windows,
+                                   const std::vector<WindowMatch>& matches);
 
 }  // namespace callmonitor::platform

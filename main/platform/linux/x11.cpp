@@ -2,12 +2,17 @@
 // costs two round trips and not ten per window.
 #include "platform/linux/x11.h"
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <array>
+#include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
 
 #include "platform/linux/utf8.h"
+#include "platform/linux/window_owner.h"
 #include "platform/linux/x11_connection.h"
 
 namespace callmonitor::platform {
@@ -50,21 +55,34 @@ std::optional<std::string> nameText(const X11Connection& x11, const PropertyRepl
     const std::string_view bytes(static_cast<const char*>(xcb_get_property_value(reply->get())),
                                  (*reply)->value_len);
     const bool utf8 = (*reply)->type == atom(x11, Atom::utf8String);
-    return withoutDirectionMarks(utf8 ? validUtf8(bytes) : utf8FromLatin1(bytes));
+    return withoutDirectionMarks(utf8 ? repairedUtf8(bytes) : utf8FromLatin1(bytes));
   }
   return std::nullopt;
 }
 
-std::optional<std::int32_t> pidValue(const PropertyReply& reply) {
-  const auto list = values(reply);
-  if (list.empty() || list[0] == 0 || list[0] > 0x7FFFFFFF) return std::nullopt;
-  return static_cast<std::int32_t>(list[0]);
+// As it is now: it may be changed while the machine runs.
+std::string hostName() {
+  std::array<char, HOST_NAME_MAX + 1> name{};
+  return gethostname(name.data(), name.size() - 1) == 0 ? name.data() : "";
+}
+
+std::optional<std::int32_t> ownerOf(const PropertyReply& pid, const PropertyReply& machine) {
+  const auto list = values(pid);
+  if (list.empty()) return std::nullopt;
+  std::optional<std::string_view> name;
+  if (machine && machine->format == 8 && machine->value_len > 0) {
+    name.emplace(static_cast<const char*>(xcb_get_property_value(machine.get())),
+                 machine->value_len);
+    // Some programs write the text with its terminator.
+    name = name->substr(0, name->find('\0'));
+  }
+  return ownerHere(list[0], name, hostName());
 }
 
 // What is asked about one window; all of it is on its way at once.
 struct WindowQuestions {
   xcb_window_t window = XCB_NONE;
-  xcb_get_property_cookie_t name{}, oldName{}, pid{}, state{}, type{}, wmState{};
+  xcb_get_property_cookie_t name{}, oldName{}, pid{}, machine{}, state{}, type{}, wmState{};
   xcb_get_window_attributes_cookie_t attributes{};
   xcb_get_geometry_cookie_t geometry{};
   xcb_translate_coordinates_cookie_t origin{};
@@ -76,6 +94,7 @@ WindowQuestions askWindow(X11Connection& x11, xcb_window_t window) {
   asked.name = askProperty(x11, window, atom(x11, Atom::name));
   asked.oldName = askProperty(x11, window, XCB_ATOM_WM_NAME);
   asked.pid = askProperty(x11, window, atom(x11, Atom::pid));
+  asked.machine = askProperty(x11, window, XCB_ATOM_WM_CLIENT_MACHINE);
   asked.state = askProperty(x11, window, atom(x11, Atom::state));
   asked.type = askProperty(x11, window, atom(x11, Atom::type));
   asked.wmState = askProperty(x11, window, atom(x11, Atom::wmState));
@@ -98,6 +117,7 @@ std::optional<ClientWindow> awaitWindow(X11Connection& x11, const WindowQuestion
   const auto name = awaitProperty(x11, asked.name, deadline);
   const auto oldName = awaitProperty(x11, asked.oldName, deadline);
   const auto pid = awaitProperty(x11, asked.pid, deadline);
+  const auto machine = awaitProperty(x11, asked.machine, deadline);
   const auto windowState = values(awaitProperty(x11, asked.state, deadline));
   const auto type = awaitProperty(x11, asked.type, deadline);
   const auto wmState = values(awaitProperty(x11, asked.wmState, deadline));
@@ -109,7 +129,7 @@ std::optional<ClientWindow> awaitWindow(X11Connection& x11, const WindowQuestion
 
   ClientWindow window;
   window.id = asked.window;
-  window.pid = pidValue(pid);
+  window.pid = ownerOf(pid, machine);
   window.name = nameText(x11, name, oldName);
   window.normal = normalType(x11, type);
   const bool minimised = holds(windowState, atom(x11, Atom::stateHidden)) ||
@@ -164,8 +184,12 @@ std::optional<std::uint32_t> activeWindow(X11Connection& x11) {
 std::optional<std::int32_t> windowProcess(X11Connection& x11, std::uint32_t window) {
   const HeldPipeSignal held;
   if (!x11Session() || !ensureX11(x11)) return std::nullopt;
-  return pidValue(
-      awaitProperty(x11, askProperty(x11, window, atom(x11, Atom::pid)), x11Deadline()));
+  const double deadline = x11Deadline();
+  const auto pid = askProperty(x11, window, atom(x11, Atom::pid));
+  const auto machine = askProperty(x11, window, XCB_ATOM_WM_CLIENT_MACHINE);
+  const auto pidReply = awaitProperty(x11, pid, deadline);
+  const auto machineReply = awaitProperty(x11, machine, deadline);
+  return ownerOf(pidReply, machineReply);
 }
 
 std::optional<std::string> windowName(X11Connection& x11, std::uint32_t window) {

@@ -1,24 +1,16 @@
 // xcb waits without limit while it connects and in its reply functions. So a server is first asked
-// over a socket of our own whether it answers at all, and replies are polled for.
+// whether it answers at all, and replies are polled for.
 #include "platform/linux/x11_connection.h"
 
-#include <poll.h>
 #include <signal.h>
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
 
-#include <algorithm>
 #include <ctime>
-#include <string>
 
+#include "platform/linux/x11_display.h"
 #include "platform/platform.h"
 
 namespace callmonitor::platform {
 namespace {
-
-// The limit of every message to a desktop.
-constexpr double exchangeLimit = 0.2;  // seconds
 
 constexpr std::array<std::string_view, static_cast<std::size_t>(Atom::count)> atomNames{
     "_NET_CLIENT_LIST",
@@ -33,48 +25,6 @@ constexpr std::array<std::string_view, static_cast<std::size_t>(Atom::count)> at
     "_NET_WM_WINDOW_TYPE_UTILITY",
     "WM_STATE",
     "UTF8_STRING"};
-
-// False when the time is up first.
-bool waitFor(int file, short events, double deadline) {
-  const double left = deadline - systemUptime();
-  if (left <= 0) return false;
-  pollfd entry{file, events, 0};
-  return poll(&entry, 1, static_cast<int>(left * 1000) + 1) > 0;
-}
-
-// Whether the server behind a local display's socket answers a greeting. Any answer will do, a
-// refusal included: the real connection follows.
-bool serverAnswers(int display) {
-  const std::string path = "/tmp/.X11-unix/X" + std::to_string(display);
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  if (path.size() >= sizeof address.sun_path) return false;
-  std::copy(path.begin(), path.end(), address.sun_path);
-  const int file = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-  if (file < 0) return false;
-  // Byte order, protocol 11.0, no authorisation.
-  constexpr std::array<unsigned char, 12> greeting{'l', 0, 11, 0, 0, 0, 0, 0, 0, 0, 0, 0};
-  bool answered = false;
-  if (connect(file, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
-      send(file, greeting.data(), greeting.size(), MSG_NOSIGNAL) ==
-          static_cast<ssize_t>(greeting.size()) &&
-      waitFor(file, POLLIN, systemUptime() + exchangeLimit)) {
-    char byte = 0;
-    answered = recv(file, &byte, 1, MSG_DONTWAIT) == 1;
-  }
-  close(file);
-  return answered;
-}
-
-bool displayAnswers() {
-  char* host = nullptr;
-  int display = 0;
-  int screen = 0;
-  if (xcb_parse_display(nullptr, &host, &display, &screen) == 0) return false;
-  const bool local = host == nullptr || *host == '\0' || std::string_view(host) == "unix";
-  std::free(host);
-  return !local || serverAnswers(display);
-}
 
 bool readAtoms(X11Connection& x11) {
   std::array<xcb_intern_atom_cookie_t, atomNames.size()> cookies{};
@@ -120,14 +70,14 @@ HeldPipeSignal::~HeldPipeSignal() {
 }
 
 double x11Deadline() {
-  return systemUptime() + exchangeLimit;
+  return systemUptime() + x11ExchangeLimit;
 }
 
 bool ensureX11(X11Connection& x11) {
   if (x11.silent) return false;
   if (stillConnected(x11)) return true;
   x11.connection.reset();
-  if (!displayAnswers()) {
+  if (!displayAnswers(nullptr)) {
     x11.silent = x11.rememberSilent;
     return false;
   }
@@ -160,7 +110,7 @@ void* awaitX11Reply(X11Connection& x11, unsigned int sequence, double deadline) 
       return reply;
     }
     if (xcb_connection_has_error(x11.connection.get()) != 0 ||
-        !waitFor(xcb_get_file_descriptor(x11.connection.get()), POLLIN, deadline)) {
+        !readableBy(deadline, xcb_get_file_descriptor(x11.connection.get()))) {
       break;
     }
   }

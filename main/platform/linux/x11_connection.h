@@ -33,7 +33,7 @@ enum class Atom : std::size_t {
 
 struct X11Connection {
   struct Disconnect {
-    void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
+    void operator()(xcb_connection_t* open) const { xcb_disconnect(open); }
   };
   std::unique_ptr<xcb_connection_t, Disconnect> connection;
   xcb_window_t root = XCB_NONE;

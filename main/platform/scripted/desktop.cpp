@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
 
 namespace callmonitor::platform {
@@ -27,11 +28,51 @@ namespace {
 void advance(double seconds) {
   desktop().uptime += seconds;
   desktop().wallClock += seconds;
+  if (desktop().pace && seconds > 0) desktop().pace(seconds);
 }
 
-void record(const std::string& call) {
-  desktop().calls.push_back(call);
+// Every call on the seam begins here; `words` are put together as its entry in the record.
+template <class... Words>
+void begin(const Words&... words) {
+  if (desktop().change && desktop().uptime >= desktop().nextChange) desktop().change();
+  if (!desktop().recordCalls && !desktop().onCall) return;
+  std::string call;
+  ((call += words), ...);
+  if (desktop().recordCalls) desktop().calls.push_back(call);
   if (desktop().onCall) desktop().onCall(call);
+}
+
+// The key of the application that a key belongs to; empty where keys say nothing about it.
+std::string_view applicationOf(std::string_view key) {
+  return key.starts_with("app:") ? key.substr(0, key.find('/')) : std::string_view();
+}
+
+// What an element without entry answers.
+std::int32_t missingElementCode(std::string_view key) {
+  const std::string_view application = applicationOf(key);
+  const bool vanished = !application.empty() && !desktop().elements.contains(application);
+  return vanished ? platform::code::cannotComplete : platform::code::invalidElement;
+}
+
+[[noreturn]] void refuse(std::string_view key, std::string_view name) {
+  std::fprintf(stderr, "scripted desktop: nobody wrote down what \"%.*s\" answers for %.*s\n",
+               static_cast<int>(key.size()), key.data(), static_cast<int>(name.size()),
+               name.data());
+  std::abort();
+}
+
+double delayOf(std::string_view key, const Answer& answer) {
+  if (answer.delay > 0 || desktop().delays.empty()) return answer.delay;
+  const auto found = desktop().delays.find(applicationOf(key));
+  return found == desktop().delays.end() ? 0 : found->second;
+}
+
+// Lets the time pass that a message to this element takes. False when it timed out.
+bool deliver(std::string_view key, const Answer& answer) {
+  const double delay = delayOf(key, answer);
+  const bool inTime = delay <= desktop().messageTimeout;
+  advance(inTime ? delay : desktop().messageTimeout);
+  return inTime;
 }
 
 }  // namespace
@@ -82,34 +123,34 @@ namespace callmonitor::platform {
 using scripted::desktop;
 
 void prepareMonitoring() {
-  scripted::record("prepareMonitoring");
+  scripted::begin("prepareMonitoring");
 }
 
 void inCycle(const std::function<void()>& cycle) {
-  scripted::record("cycle begins");
+  scripted::begin("cycle begins");
   cycle();
-  scripted::record("cycle ends");
+  scripted::begin("cycle ends");
 }
 
 bool accessibilityTrusted() {
-  scripted::record("trusted");
+  scripted::begin("trusted");
   return desktop().trusted;
 }
 
 std::vector<Application> runningApplications() {
-  scripted::record("applications");
+  scripted::begin("applications");
   return desktop().applications;
 }
 
 std::optional<Application> runningApplication(std::int32_t pid) {
-  scripted::record("application " + std::to_string(pid));
+  scripted::begin("application ", std::to_string(pid));
   const auto& applications = desktop().applications;
   const auto found = std::ranges::find(applications, pid, &Application::pid);
   return found == applications.end() ? std::nullopt : std::optional(*found);
 }
 
 std::optional<Application> frontmostApplication() {
-  scripted::record("frontmost");
+  scripted::begin("frontmost");
   const auto& applications = desktop().applications;
   if (!desktop().front) return std::nullopt;
   const auto found = std::ranges::find(applications, *desktop().front, &Application::pid);
@@ -117,7 +158,7 @@ std::optional<Application> frontmostApplication() {
 }
 
 Element applicationElement(std::int32_t pid, double messageTimeout) {
-  scripted::record("open " + std::to_string(pid));
+  scripted::begin("open ", std::to_string(pid));
   desktop().messageTimeout = messageTimeout;
   return scripted::element(scripted::applicationKey(pid));
 }
@@ -125,38 +166,48 @@ Element applicationElement(std::int32_t pid, double messageTimeout) {
 Reading readAttribute(const Element& element, std::string_view name) {
   if (!element.reference) return {code::illegalArgument, {}};
   const std::string& key = element.reference->key;
-  scripted::record("read " + key + " " + std::string(name));
+  scripted::begin("read ", key, " ", name);
   const auto found = desktop().elements.find(key);
-  if (found == desktop().elements.end()) return {code::invalidElement, {}};
-  const auto answer = found->second.find(name);
-  if (answer == found->second.end()) return {code::attributeUnsupported, {}};
-  if (answer->second.delay > desktop().messageTimeout) {
-    scripted::advance(desktop().messageTimeout);
-    return {code::cannotComplete, {}};
+  const bool exists = found != desktop().elements.end();
+  scripted::Answer answer{
+      {exists ? code::attributeUnsupported : scripted::missingElementCode(key), {}}, 0};
+  if (exists) {
+    const auto written = found->second.find(name);
+    if (written != found->second.end()) {
+      answer = written->second;
+    } else if (desktop().strict) {
+      scripted::refuse(key, name);
+    }
   }
-  Reading reading = answer->second.reading;
-  scripted::advance(answer->second.delay);
-  return reading;
+  return scripted::deliver(key, answer) ? answer.reading : Reading{code::cannotComplete, {}};
 }
 
 std::int32_t setAttribute(const Element& element, std::string_view name, bool value) {
   if (!element.reference) return code::illegalArgument;
-  scripted::record("set " + element.reference->key + " " + std::string(name) +
-                   (value ? " true" : " false"));
-  return desktop().setAttributeCode;
+  const std::string& key = element.reference->key;
+  scripted::begin("set ", key, " ", name, value ? " true" : " false");
+  scripted::Answer answer{{desktop().setAttributeCode, {}}, 0};
+  const auto found = desktop().elements.find(key);
+  if (found != desktop().elements.end()) {
+    const auto written = found->second.find(name);
+    if (written != found->second.end()) answer = written->second;
+  } else if (desktop().strict) {
+    answer.reading.code = scripted::missingElementCode(key);
+  }
+  return scripted::deliver(key, answer) ? answer.reading.code : code::cannotComplete;
 }
 
 void expectScan(const Element& root, double) {
-  scripted::record("scan " + (root.reference ? root.reference->key : std::string()));
+  scripted::begin("scan ", root.reference ? root.reference->key : std::string());
 }
 
 std::optional<std::vector<OnScreenWindow>> onScreenWindows() {
-  scripted::record("windows");
+  scripted::begin("windows");
   return desktop().windows;
 }
 
 std::optional<std::vector<AudioProcess>> audioProcesses() {
-  scripted::record("audio");
+  scripted::begin("audio");
   return desktop().audio;
 }
 

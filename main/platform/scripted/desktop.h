@@ -6,7 +6,7 @@
 
 #include <cstdint>
 #include <functional>
-#include <initializer_list>
+#include <limits>
 #include <map>
 #include <optional>
 #include <string>
@@ -47,18 +47,36 @@ struct Desktop {
   std::optional<std::vector<platform::AudioProcess>> audio;
   std::int32_t setAttributeCode = platform::code::success;
 
-  // Every call made on the seam, in order: "read web1 AXRole", "frontmost", ...
+  // Seconds that every read of an application's elements takes where its answer names no delay of
+  // its own, by `applicationKey`: of that element, and of those whose keys go on from it with "/".
+  std::map<std::string, double, std::less<>> delays;
+  // A read that nobody wrote down ends the process with a message instead of
+  // `attributeUnsupported`.
+  bool strict = false;
+
+  // Every call made on the seam, in order: "read web1 AXRole", "frontmost", ... Long runs do
+  // without.
   std::vector<std::string> calls;
+  bool recordCalls = true;
   std::vector<Timer> timers;
   // The run loop returns when no timer is due before this uptime.
   double runUntil = 0;
   // Called with each entry of `calls` as it is made and before it is answered, so that a desktop
   // can change in the middle of a cycle.
   std::function<void(const std::string&)> onCall;
+  // Called before a call is recorded and answered once the uptime has reached `nextChange`; changes
+  // the desktop and sets `nextChange` anew.
+  double nextChange = std::numeric_limits<double>::infinity();
+  std::function<void()> change;
+  // Called with the seconds by which the clock moves, for whoever wants to wait for them.
+  std::function<void(double)> pace;
   std::uint64_t identifiersMade = 0;
 };
 
-// The desktop that the seam's functions act on.
+// The desktop that the seam's functions act on. Reads are answered as their elements stand when the
+// read begins. An element that is not listed answers `invalidElement`; where the key says that it
+// belongs to an application that does not run any more, there is nobody to answer, and it is
+// `cannotComplete`.
 [[nodiscard]] Desktop& desktop();
 
 // Starts over with an empty desktop.

@@ -1,8 +1,10 @@
 #include "platform/linux/process_files.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -55,19 +57,67 @@ TEST(SplitAtNul, KeepsEmptyTextsBetweenOthers) {
   EXPECT_TRUE(splitAtNul("").empty());
 }
 
+TEST(ProcessLook, EndsAProcessOnlyOnTheKernelsWord) {
+  struct Case {
+    std::string name;
+    int error;
+    std::string text;
+    bool gone;
+    bool living;
+  };
+  const auto inState = [](char state) {
+    std::string line = statLine("x", "5150");
+    line[line.find(") S") + 2] = state;
+    return line;
+  };
+  const std::vector<Case> cases{
+      {"no such file: gone", ENOENT, "", true, false},
+      {"ended between opening and reading: gone", ESRCH, "", true, false},
+      {"ended but not reaped: gone", 0, inState('Z'), true, false},
+      {"dead: gone", 0, inState('X'), true, false},
+      {"running", 0, inState('R'), false, true},
+      {"stopped lives", 0, inState('T'), false, true},
+      {"no file descriptor left says nothing", EMFILE, "", false, false},
+      {"no file descriptor left in the system says nothing", ENFILE, "", false, false},
+      {"no memory says nothing", ENOMEM, "", false, false},
+      {"no permission says nothing", EACCES, "", false, false},
+      {"an error while reading says nothing", EIO, "42 (x) S", false, false},
+      {"a line that cannot be understood says nothing", 0, "42 (x) S 7", false, false},
+  };
+  for (const Case& each : cases) {
+    const ProcessLook look = processLook(each.error, each.text);
+    EXPECT_EQ(look.gone, each.gone) << each.name;
+    EXPECT_EQ(look.stat.has_value(), each.living) << each.name;
+  }
+}
+
+TEST(LookAtProcess, TellsALivingProcessFromNone) {
+  EXPECT_TRUE(lookAtProcess(-1).gone);
+  const ProcessLook own = lookAtProcess(getpid());
+  EXPECT_FALSE(own.gone);
+  EXPECT_TRUE(own.stat.has_value());
+}
+
+TEST(LookAtProcess, SaysNothingWhenNoFileCanBeOpened) {
+  rlimit before{};
+  ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
+  const rlimit none{0, before.rlim_max};
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+  const ProcessLook look = lookAtProcess(getpid());
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &before), 0);
+  EXPECT_FALSE(look.gone);
+  EXPECT_FALSE(look.stat.has_value());
+}
+
 TEST(LaunchTime, IsTheSameDoubleAtEveryReading) {
-  const auto stat = processStat(getpid());
+  const auto stat = lookAtProcess(getpid()).stat;
   ASSERT_TRUE(stat.has_value());
   const auto first = launchTime(*stat);
   ASSERT_TRUE(first.has_value());
   EXPECT_GT(*first, 0);
-  const auto again = processStat(getpid());
+  const auto again = lookAtProcess(getpid()).stat;
   ASSERT_TRUE(again.has_value());
   EXPECT_EQ(launchTime(*again), first);
-}
-
-TEST(ProcessStat, IsAbsentWithoutAProcess) {
-  EXPECT_FALSE(processStat(-1).has_value());
 }
 
 }  // namespace

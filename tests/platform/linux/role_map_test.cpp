@@ -88,6 +88,7 @@ TEST(RoleMap, NamesControls) {
       {"a button", plain(43), "AXButton", ""},
       {"a button that opens a menu", plain(43, state::hasPopup), "AXPopUpButton", ""},
       {"a toolkit's menu button", plain(129), "AXMenuButton", ""},
+      {"a switch of a newer bus", plain(130), "AXCheckBox", "AXSwitch"},
       {"a pressed or unpressed button", plain(62), "AXCheckBox", "AXToggle"},
       {"such a button that opens a menu", plain(62, state::hasPopup), "AXCheckBox", "AXToggle"},
       {"a switch", web(62, "switch"), "AXCheckBox", "AXSwitch"},
@@ -145,6 +146,8 @@ TEST(RoleMap, NamesWindowsPagesAndContainers) {
       {"a tree's item", plain(91), "AXRow", "AXOutlineRow"},
       {"an image", plain(27), "AXImage", ""},
       {"a role beyond the interface's own", plain(9999), "AXUnknown", ""},
+      {"a role beyond the interface's own in which a person types",
+       plain(9999, state::editable | state::focusable), "AXTextArea", ""},
   });
 }
 
@@ -161,10 +164,12 @@ TEST(NameIsValue, HoldsForTextsThatAreShown) {
   EXPECT_FALSE(nameIsValue(43));
 }
 
-TEST(WindowRole, LeavesPermissionPromptsOut) {
-  for (const std::uint32_t number : {23U, 69U, 16U, 19U, 9U, 22U}) EXPECT_TRUE(windowRole(number));
-  EXPECT_FALSE(windowRole(2)) << "a prompt beside the windows";
-  EXPECT_FALSE(windowRole(101));
+TEST(StandingOf, LeavesThePromptsOfABrowserToTheWindowServer) {
+  for (const std::uint32_t number : {23U, 69U, 16U, 19U, 9U, 22U}) {
+    EXPECT_EQ(standingOf(number), Standing::window) << number;
+  }
+  EXPECT_EQ(standingOf(2), Standing::perhapsWindow) << "a prompt, or a toolkit's message dialog";
+  EXPECT_EQ(standingOf(101), Standing::part);
 }
 
 }  // namespace

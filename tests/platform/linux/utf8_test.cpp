@@ -16,7 +16,7 @@ struct Case {
 
 const std::string replaced = "\xEF\xBF\xBD";
 
-TEST(ValidUtf8, RepairsExactlyWhatIsIllFormed) {
+TEST(RepairedUtf8, RepairsExactlyWhatIsIllFormed) {
   const std::vector<Case> cases{
       {"nothing stays nothing", "", ""},
       {"well-formed text of every length is unchanged", "a\u00e9\u20ac\U0001F600",
@@ -33,7 +33,7 @@ TEST(ValidUtf8, RepairsExactlyWhatIsIllFormed) {
       {"a sequence that breaks off is one replacement", "a\xE2\x82z", "a" + replaced + "z"},
       {"a sequence that the text's end cuts is one replacement", "a\xF0\x9F\x98", "a" + replaced},
   };
-  for (const Case& each : cases) EXPECT_EQ(validUtf8(each.input), each.expected) << each.name;
+  for (const Case& each : cases) EXPECT_EQ(repairedUtf8(each.input), each.expected) << each.name;
 }
 
 TEST(Utf8FromLatin1, WritesEveryByteAsItsOwnCharacter) {

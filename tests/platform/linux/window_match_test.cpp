@@ -25,6 +25,8 @@ TEST(NameAgreement, SetsAdditionsAndDirectionMarksAside) {
       {"equal names", "Meet - Chromium", "Meet - Chromium", NameAgreement::equal},
       {"direction marks in the window's name only", "\u05e9 - Chromium",
        "\u202b\u05e9\u202c - Chromium\u200e", NameAgreement::equal},
+      {"white space of every kind folded", "Meet\u00a0x - Chromium", "Meet x -\u2003Chromium",
+       NameAgreement::equal},
       {"white space folded", "Meet  x - Chromium", " Meet x - Chromium", NameAgreement::equal},
       {"a tab that plays sound", "Meet - Audio playing - Chromium", "Meet - Chromium",
        NameAgreement::withAddition},
@@ -85,6 +87,14 @@ TEST(MatchWindows, PairsByNameAndPlace) {
        {{"Meet - Chromium", left}},
        {{"Loading - Chromium", left}},
        {{0, 0, false}}},
+      {"a title that changes while another window lies in the same place",
+       {{"New - Chromium", left}, {"Other - Chromium", left}},
+       {{"Old - Chromium", left}, {"Other - Chromium", left}},
+       {{0, 0, false}, {1, 1, true}}},
+      {"two titles that change in the same place are left alone",
+       {{"New - Chromium", left}, {"Newer - Chromium", left}},
+       {{"Old - Chromium", left}, {"Older - Chromium", left}},
+       {}},
       {"place alone does not choose between two windows",
        {{"Meet - Chromium", left}},
        {{"a", left}, {"b", left}},
@@ -106,6 +116,35 @@ TEST(MatchWindows, PairsByNameAndPlace) {
       pairs.emplace_back(match.frame, match.window, match.certain);
     }
     EXPECT_EQ(pairs, each.expected) << each.name;
+  }
+}
+
+TEST(PartnersMissing, DoubtsAListThatLacksAWindowOnBothSides) {
+  struct Case {
+    std::string name;
+    std::vector<MatchCandidate> frames;
+    std::vector<MatchCandidate> windows;
+    std::vector<WindowMatch> matches;
+    bool expected;
+  };
+  const MatchCandidate one{"a", left};
+  const MatchCandidate prompt{"a", left, false};
+  const std::vector<Case> cases{
+      {"all have partners", {one}, {one}, {{0, 0, true}}, false},
+      {"a frame and a window both left over", {one, one}, {one, one}, {{0, 1, true}}, true},
+      {"a frame left over without any window", {one, one}, {one}, {{1, 0, true}}, false},
+      {"a window left over without any frame", {one}, {one, one}, {{0, 1, false}}, false},
+      {"a prompt or an empty frame left over", {one, prompt}, {one, one}, {{0, 0, true}}, false},
+      {"a dock left over", {one, one}, {one, prompt}, {{0, 0, true}}, false},
+      {"a dock that has the partner does not count for the window",
+       {one, one},
+       {prompt, one},
+       {{0, 0, true}},
+       true},
+      {"nothing on either side", {}, {}, {}, false},
+  };
+  for (const Case& each : cases) {
+    EXPECT_EQ(partnersMissing(each.frames, each.windows, each.matches), each.expected) << each.name;
   }
 }
 

@@ -1,0 +1,64 @@
+// What is remembered of applications, and when it must be forgotten: a registry or a window server
+// that is silent or begins anew must not make living applications look as if they had ended.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "platform/linux/accessibility_bus.h"
+#include "platform/linux/process_files.h"
+#include "platform/linux/x11.h"
+#include "platform/platform.h"
+
+namespace callmonitor::platform {
+
+// An application in the accessibility registry.
+struct RegisteredApplication {
+  ObjectName root;
+  std::int32_t pid = 0;
+};
+
+// One launch that was once listed as an application.
+struct KnownApplication {
+  ProcessStat launch;
+  // Does not change while the process lives; absent until it could be told.
+  std::optional<std::string> bundle;
+};
+using KnownApplications = std::map<std::int32_t, KnownApplication>;  // by process id
+
+// The list of this cycle. It is as good as a new one for as long as the launches in it go on.
+struct CycleList {
+  std::uint64_t generation = 0;  // of the accessibility bus
+  std::vector<Application> applications;
+};
+
+struct ApplicationMemory {
+  std::uint64_t generation = 0;  // of the accessibility bus
+  std::vector<RegisteredApplication> registered;
+  std::map<std::string, std::int32_t> processOfBusName;
+  std::vector<ClientWindow> windows;  // the last list that could be read
+  KnownApplications known;
+  // Whether a list may be kept, and the one that is; both belong to one cycle.
+  bool keepList = false;
+  std::optional<CycleList> list;
+};
+
+using ProcessLooker = std::function<ProcessLook(std::int32_t)>;
+
+// Whether the launch that is known of `pid` is not over, as far as a look at the process can tell:
+// a look that says nothing ends nothing. False for a process that is not known.
+[[nodiscard]] bool launchGoesOn(const KnownApplications& known, std::int32_t pid,
+                                const ProcessLook& look);
+
+// Brings `known` up to date with the process ids that are listed now. What was known stays, listed
+// or not, until a look says that this launch is over; what is listed becomes known as soon as a
+// look shows its launch. Each process is looked at once.
+void updateKnown(KnownApplications& known, const std::set<std::int32_t>& listed,
+                 const ProcessLooker& look);
+
+}  // namespace callmonitor::platform

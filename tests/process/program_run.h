@@ -1,0 +1,29 @@
+// Runs the program itself, as whoever starts it does, and reads what it said.
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+namespace callmonitor::support {
+
+using Json = nlohmann::json;
+
+struct ProgramRun {
+  std::string output;
+  std::string errors;
+  int status = -1;  // exit status; -1 when a signal ended the program
+};
+
+// Runs the program with these arguments, without a desktop to find, until it ends. A run that takes
+// longer than half a minute fails the test and is ended.
+ProgramRun runProgram(const std::vector<std::string>& arguments);
+
+// Runs the program until it has written its first line, then ends it. Gives that line; empty when
+// none came within half a minute or the program ended without one.
+std::string firstLineOf(const std::vector<std::string>& arguments);
+
+// The records of an output. A line that is not one JSON object, or not ended, fails the test.
+std::vector<Json> recordsIn(const std::string& output);
+
+}  // namespace callmonitor::support

@@ -1,0 +1,466 @@
+#!/usr/bin/python3
+"""Breaks the program on purpose, in one small way at a time, and tells what the tests do not notice.
+
+Everything in main/ but main/platform is mutated: comparisons flipped, constants changed, statements
+swapped or dropped, conditions fixed or dropped, negations taken away, patterns and phrases edited.
+The choice is the same for the same sources, count and seed. All work happens in a copy of the
+sources in a directory of its own; the work tree is only read.
+
+The copy is named by what it holds. A run that was interrupted goes on where it stopped as long as
+neither program nor tests have changed; `--report` tells what is known so far.
+"""
+
+import argparse
+import collections
+import concurrent.futures
+import dataclasses
+import hashlib
+import json
+import os
+import pathlib
+import queue
+import random
+import re
+import resource
+import shutil
+import signal
+import subprocess
+import sys
+import tempfile
+import threading
+import time
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+COPIED = ["CMakeLists.txt", "main", "tests", "bench"]
+# Random worlds by the hundred thousand add no judgement and much waiting in an unoptimised build.
+FLAGS = "-O0 -w -DTRACKER_WORLDS=2000"
+MEMORY_LIMIT = 4 << 30  # bytes; a loop that a mutant made endless must not take the machine along
+
+
+@dataclasses.dataclass(frozen=True)
+class Mutant:
+    file: str  # relative to the root
+    start: int  # offsets of the replaced characters
+    end: int
+    new: str
+    kind: str
+
+    def key(self):
+        return f"{self.file}:{self.start}:{self.end}:{self.kind}:{self.new}"
+
+    def applied(self, text):
+        return text[: self.start] + self.new + text[self.end :]
+
+    def described(self, text):
+        """One line for the place and the kind, and what it does to the lines there."""
+        line = text.count("\n", 0, self.start) + 1
+        first = text.rfind("\n", 0, self.start) + 1
+        last = text.find("\n", self.end)
+        tail = text[self.end : last if last >= 0 else len(text)]
+        old = text[first : self.start] + text[self.start : self.end] + tail
+        new = text[first : self.start] + self.new + tail
+        changes = [f"    - {part.strip()}" for part in old.splitlines()]
+        changes += [f"    + {part.strip()}" for part in new.splitlines() if part.strip()]
+        return "\n".join([f"{self.file}:{line}: {self.kind}"] + changes)
+
+
+# What the characters of a source are; the first alternative that fits wins.
+LEXEMES = re.compile(
+    r'(?P<comment>//[^\n]*|/\*.*?\*/)|(?P<directive>^[ \t]*#[^\n]*)'
+    r'|(?P<raw>R"(?P<mark>[^(\s]*)\((?P<body>.*?)\)(?P=mark)")|(?P<text>"(?:[^"\\\n]|\\.)*")'
+    r"|(?P<character>'(?:[^'\\\n]|\\.)')",
+    re.S | re.M,
+)
+
+# Edits of code: name, expression, and what takes the place of its first group.
+CODE_EDITS = [
+    ("comparison flipped", r"(?<=[\w)\]] )(==)(?= )", ["!="]),
+    ("comparison flipped", r"(?<=[\w)\]] )(!=)(?= )", ["=="]),
+    ("comparison flipped", r"(?<=[\w)\]] )(<=)(?= )", ["<", ">"]),
+    ("comparison flipped", r"(?<=[\w)\]] )(>=)(?= )", [">", "<"]),
+    ("comparison flipped", r"(?<=[\w)\]] )(<)(?= [\w(])", ["<=", ">"]),
+    ("comparison flipped", r"(?<=[\w)\]] )(>)(?= [\w(])", [">=", "<"]),
+    ("and/or swapped", r"(?<= )(&&)(?=\s)", ["||"]),
+    ("and/or swapped", r"(?<= )(\|\|)(?=\s)", ["&&"]),
+    ("condition dropped", r"(?<= )(&&|\|\|)(?=\s)", [","]),
+    ("negation dropped", r"(?<=[\s(])(!)(?=[\w(])", [""]),
+    ("truth value changed", r"\b(true)\b", ["false"]),
+    ("truth value changed", r"\b(false)\b", ["true"]),
+    ("constant changed", r"(?<![\w.'])([0-9]+(?:\.[0-9]+)?)(?![\w.'])", None),
+    ("operator changed", r"(?<=[\w)] )(\+)(?= [\w(])", ["-"]),
+    ("operator changed", r"(?<=[\w)] )(-)(?= [\w(])", ["+"]),
+    ("operator changed", r"(\+\+)(?=\w)", ["--"]),
+    ("operator changed", r"(\+=)", ["="]),
+    ("quantifier changed", r"\b(any_of)\b", ["none_of", "all_of"]),
+    ("quantifier changed", r"\b(none_of)\b", ["any_of"]),
+    ("quantifier changed", r"\b(all_of)\b", ["any_of"]),
+    ("extreme changed", r"std::(min)\b", ["max"]),
+    ("extreme changed", r"std::(max)\b", ["min"]),
+    ("end changed", r"\.(front)\(\)", ["back"]),
+    ("exit changed", r"\b(break);", ["continue"]),
+    ("exit changed", r"\b(continue);", ["break"]),
+    ("state changed", r"CallState::(joined|left|unknown)\b", None),
+]
+SUCCESSORS = {"joined": ["unknown"], "left": ["unknown"], "unknown": ["left"]}
+
+# Edits of the texts in the code: patterns, phrases, names.
+TEXT_EDITS = [
+    ("pattern edited", r"(\|[^|()]+)(?=[|)])", [""]),
+    ("pattern edited", r"(?<=[)\]}])(\?)", [""]),
+    ("pattern edited", r"^(\^)", [""]),
+    ("pattern edited", r"(\$)$", [""]),
+    ("pattern edited", r"\{(?:[0-9]+,)?([0-9]+)\}", None),
+    ("pattern edited", r"(?<=[\])])([*+])", ["?"]),
+    ("phrase edited", r"([a-zA-Z])(?=[a-zA-Z]*$)", ["q"]),
+    ("phrase edited", r"([a-zA-Z])", ["q"]),
+    ("phrase edited", r"( )", ["  "]),
+    ("phrase edited", r"([.:/?,-])", [""]),
+]
+
+STATEMENT = re.compile(
+    r"(?!return\b|const\b|auto\b|using\b|static\b|constexpr\b|case\b|break\b|continue\b|else\b)"
+    r"(?:if \(.*\) [^{]*|[\w:.\[\]*>-]+(?:\(.*\)| [-+|]?= .*)|(?:\+\+|--)[\w.>-]+);"
+)
+
+
+def codeAndTexts(text):
+    """The text with everything but code blanked out, and the spans of its string contents."""
+    code = list(text)
+    spans = []
+    for match in LEXEMES.finditer(text):
+        for i in range(match.start(), match.end()):
+            if code[i] != "\n":
+                code[i] = "\x01"
+        if match.group("raw"):
+            spans.append(match.span("body"))
+        elif match.group("text") and len(match.group("text")) > 2:
+            spans.append((match.start() + 1, match.end() - 1))
+    return "".join(code), spans
+
+
+def replacements(old):
+    """What may stand in the place of a constant or of a state."""
+    if old in SUCCESSORS:
+        return SUCCESSORS[old]
+    if "." in old:
+        return [str(float(old) * 2 + 0.5)]
+    return [str(int(old) + 1)] + ([str(int(old) - 1)] if int(old) > 0 else [])
+
+
+def conditionMutants(file, code):
+    """Every plain condition of an `if`, once always true and once always false."""
+    for match in re.finditer(r"\bif \(", code):
+        depth, end = 1, match.end()
+        while depth > 0 and end < len(code):
+            depth += {"(": 1, ")": -1}.get(code[end], 0)
+            end += 1
+        condition = code[match.end() : end - 1]
+        # A condition that declares something cannot go without it.
+        if ";" in condition or re.match(r"(const |auto |std::)[^=(]* = ", condition):
+            continue
+        yield Mutant(file, match.end(), end - 1, "false", "condition fixed")
+        yield Mutant(file, match.end(), end - 1, "true", "condition fixed")
+
+
+def statementMutants(file, text, code):
+    """Every statement of one line dropped, and every two neighbours swapped."""
+    offset, previous = 0, None
+    for line, plain in zip(text.splitlines(True), code.splitlines(True)):
+        body = plain.strip()
+        start = offset + len(line) - len(line.lstrip())
+        stop = offset + len(line.rstrip())
+        indent = start - offset
+        offset += len(line)
+        if indent == 0 or not STATEMENT.fullmatch(body):
+            previous = None
+            continue
+        yield Mutant(file, start, stop, "", "statement dropped")
+        if previous and previous[2] == indent:
+            first, second = text[previous[0] : previous[1]], text[start:stop]
+            between = text[previous[1] : start]
+            yield Mutant(file, previous[0], stop, second + between + first, "statements swapped")
+        previous = (start, stop, indent)
+
+
+def mutantsOf(file, text):
+    """Every way in which this script can break one file."""
+    code, spans = codeAndTexts(text)
+    found = set()
+    for kind, expression, news in CODE_EDITS:
+        for match in re.finditer(expression, code):
+            for new in news or replacements(match.group(1)):
+                found.add(Mutant(file, *match.span(1), new, kind))
+    for start, end in spans:
+        content = text[start:end]
+        for kind, expression, news in TEXT_EDITS:
+            # Of single letters and marks one a text says as much as all.
+            matches = list(re.finditer(expression, content))
+            if kind == "phrase edited":
+                matches = matches[len(matches) // 2 :][:1]
+            for match in matches:
+                for new in news or replacements(match.group(1)):
+                    found.add(Mutant(file, start + match.start(1), start + match.end(1), new, kind))
+    found.update(conditionMutants(file, code))
+    found.update(statementMutants(file, text, code))
+    return sorted(found, key=Mutant.key)
+
+
+def chosenMutants(root, count, seed, only):
+    """The mutants of a run: every file has its share, and in a file every kind has its turn."""
+    turns = {}
+    for path in sorted((root / "main").rglob("*")):
+        file = str(path.relative_to(root))
+        if path.suffix not in (".h", ".cpp") or file.startswith("main/platform/"):
+            continue
+        if only and only not in file:
+            continue
+        mutants = mutantsOf(file, path.read_text())
+        chance = random.Random(f"{seed}:{file}")
+        chance.shuffle(mutants)
+        kinds = collections.defaultdict(list)
+        for mutant in mutants:
+            kinds[mutant.kind].append(mutant)
+        order = sorted(kinds)
+        chance.shuffle(order)
+        inTurn = []
+        # Large files get more than small ones, but not in proportion to their tables. Patterns
+        # decide so much in so few characters that they get more turns than anything else.
+        share = max(3.0, len(mutants) ** 0.5) + len(kinds["pattern edited"]) / 5
+        while any(kinds.values()):
+            for kind in order:
+                for _ in range(4 if kind == "pattern edited" else 1):
+                    if kinds[kind]:
+                        inTurn.append(kinds[kind].pop())
+        if inTurn:
+            turns[file] = (inTurn, share)
+    if not turns:
+        sys.exit("mutate: there is nothing to mutate")
+    total = sum(share for _, share in turns.values())
+    chosen, spare = [], []
+    for mutants, share in turns.values():
+        quota = max(1, round(count * share / total))
+        chosen += mutants[:quota]
+        spare += mutants[quota:]
+    random.Random(seed).shuffle(spare)
+    random.Random(seed).shuffle(chosen)
+    chosen = (chosen + spare)[:count]
+    return sorted(chosen, key=Mutant.key)  # file by file, so that builds stay small
+
+
+def copiedSources(base):
+    """A directory, named by its content, that holds a copy of the sources under `pristine`."""
+    base.mkdir(parents=True, exist_ok=True)
+    copy = pathlib.Path(tempfile.mkdtemp(dir=base))
+    skipped = shutil.ignore_patterns("__pycache__", "live", ".*")
+    for name in COPIED:
+        source = ROOT / name
+        if source.is_dir():
+            shutil.copytree(source, copy / name, ignore=skipped)
+        else:
+            shutil.copy2(source, copy / name)
+    digest = hashlib.sha256()
+    for path in sorted(p for p in copy.rglob("*") if p.is_file()):
+        digest.update(str(path.relative_to(copy)).encode() + b"\0" + path.read_bytes() + b"\0")
+    directory = base / digest.hexdigest()[:12]
+    directory.mkdir(exist_ok=True)
+    if (directory / "pristine").exists():
+        shutil.rmtree(copy)
+    else:
+        copy.rename(directory / "pristine")
+    return directory
+
+
+def run(command, seconds):
+    """Status and output of a command with a time limit; the status is None when that passed."""
+
+    def limited():
+        resource.setrlimit(resource.RLIMIT_AS, (MEMORY_LIMIT, MEMORY_LIMIT))
+        resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+
+    process = subprocess.Popen(
+        command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+        start_new_session=True, preexec_fn=limited,
+    )
+    try:
+        output, _ = process.communicate(timeout=seconds)
+        return process.returncode, output.decode(errors="replace")
+    except subprocess.TimeoutExpired:
+        return None, ""
+    finally:
+        # What a broken program started must not outlive it; the session is this command's own.
+        try:
+            os.killpg(process.pid, signal.SIGKILL)
+        except ProcessLookupError:
+            pass
+        process.wait()
+
+
+class Workshop:
+    """One copy of the sources with a build of its own."""
+
+    def __init__(self, directory, number, arguments):
+        self.tree = directory / f"tree-{number}"
+        self.build = directory / f"build-{number}"
+        self.targets = arguments.targets.split(",")
+        self.parallel = max(1, (os.cpu_count() or 1) // arguments.jobs)
+        self.seconds = {target: 600.0 for target in self.targets}
+        self.pristine = directory / "pristine"
+
+    def prepare(self):
+        """Builds and tests the program as it is; what is broken before cannot judge anything."""
+        if not self.tree.exists():
+            shutil.copytree(self.pristine, self.tree)
+        for path in sorted((self.pristine / "main").rglob("*")):  # undo an interrupted mutant
+            own = self.tree / path.relative_to(self.pristine)
+            if path.is_file() and own.read_bytes() != path.read_bytes():
+                own.write_bytes(path.read_bytes())
+        status, output = run(
+            ["cmake", "-G", "Ninja", "-S", self.tree, "-B", self.build, "-DCMAKE_BUILD_TYPE=Debug",
+             f"-DCMAKE_CXX_FLAGS={FLAGS}", "-DCMAKE_CXX_FLAGS_DEBUG=",
+             # A program that ends while its tests are listed has compiled all the same.
+             "-DCMAKE_GTEST_DISCOVER_TESTS_DISCOVERY_MODE=PRE_TEST"], 600)
+        if status != 0:
+            sys.exit(f"mutate: the sources cannot be configured\n{output[-3000:]}")
+        status, output = self.compiled(7200)
+        if status != 0:
+            sys.exit(f"mutate: the sources do not build\n{output[-3000:]}")
+        for target in self.targets:
+            start = time.monotonic()
+            status, output = self.tested(target)
+            if status != 0:
+                sys.exit(f"mutate: {target} fails without any mutant\n{output[-3000:]}")
+            self.seconds[target] = 20 + 5 * (time.monotonic() - start)
+
+    def compiled(self, seconds):
+        return run(["cmake", "--build", self.build, "-j", str(self.parallel), "--target"]
+                   + self.targets, seconds)
+
+    def tested(self, target):
+        return run([self.build / "tests" / target, "--gtest_fail_fast", "--gtest_brief=1"],
+                   self.seconds[target])
+
+    def judged(self, mutant):
+        """What became of one mutant, and what noticed it."""
+        path = self.tree / mutant.file
+        original = path.read_text()
+        path.write_text(mutant.applied(original))
+        try:
+            status, output = self.compiled(1800)
+            if status != 0:
+                error = re.search(r"error: (.*)", output)
+                return "did not compile", error.group(1)[:100] if error else ""
+            for target in self.targets:
+                status, output = self.tested(target)
+                if status is None:
+                    return "killed", f"{target} did not end"
+                if status != 0:
+                    failed = re.search(r"\[  FAILED  \] (\S+)", output)
+                    return "killed", failed.group(1) if failed else f"{target} ended with {status}"
+            return "survived", ""
+        finally:
+            path.write_text(original)
+
+
+def knownResults(path):
+    results = {}
+    if path.exists():
+        for line in path.read_text().splitlines():
+            try:
+                entry = json.loads(line)
+                results[entry["key"]] = entry
+            except (ValueError, KeyError):
+                pass  # a line that was being written when the run was interrupted
+    return results
+
+
+def report(directory, chosen, results):
+    """Prints what is known of the chosen mutants; says whether none survived or is still open."""
+    counts = collections.Counter()
+    survivors = []
+    for mutant in chosen:
+        outcome = results.get(mutant.key(), {}).get("outcome", "not run")
+        counts[outcome] += 1
+        if outcome == "survived":
+            survivors.append(mutant)
+    for mutant in survivors:
+        text = (directory / "pristine" / mutant.file).read_text()
+        print("survived: " + mutant.described(text))
+    files = len({mutant.file for mutant in chosen})
+    print(f"{len(chosen)} mutants in {files} files: {counts['killed']} killed, "
+          f"{counts['survived']} survived, {counts['did not compile']} did not compile, "
+          f"{counts['not run']} not run")
+    return not survivors and counts["not run"] == 0
+
+
+def judgeAll(directory, pending, results, arguments):
+    """Judges mutants in as many workshops as there are jobs, and writes down each result at once."""
+    workshops = queue.Queue()
+    for number in range(arguments.jobs):
+        workshop = Workshop(directory, number, arguments)
+        workshop.prepare()
+        workshops.put(workshop)
+    lock = threading.Lock()
+    stopped = threading.Event()
+    for number in (signal.SIGINT, signal.SIGTERM):  # the mutants in hand are judged to their end
+        signal.signal(number, lambda *_: stopped.set())
+
+    def judge(mutants):
+        workshop = workshops.get()
+        for mutant in mutants:
+            if stopped.is_set():
+                break
+            start = time.monotonic()
+            outcome, noticedBy = workshop.judged(mutant)
+            entry = {"key": mutant.key(), "outcome": outcome, "by": noticedBy}
+            with lock, open(directory / "results.jsonl", "a", encoding="utf-8") as file:
+                file.write(json.dumps(entry) + "\n")
+                results[mutant.key()] = entry
+                text = (directory / "pristine" / mutant.file).read_text()
+                first = mutant.described(text).splitlines()[0]
+                print(f"{outcome}: {first} ({time.monotonic() - start:.0f} s) {noticedBy}",
+                      flush=True)
+
+    # Neighbours stay together: the mutants of one file share their build.
+    size = -(-len(pending) // arguments.jobs)
+    shares = [pending[i : i + size] for i in range(0, len(pending), size)]
+    with concurrent.futures.ThreadPoolExecutor(arguments.jobs) as pool:
+        running = [pool.submit(judge, share) for share in shares]
+        for share in running:
+            share.result()
+    if stopped.is_set():
+        print("mutate: stopped; the same command goes on from here", file=sys.stderr)
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.split("\n", maxsplit=1)[0])
+    parser.add_argument("--list", action="store_true", help="print the mutants and run none")
+    parser.add_argument("--report", action="store_true", help="print what is known and run none")
+    parser.add_argument("--only", metavar="FILE", help="only files whose path holds this text")
+    parser.add_argument("--count", type=int, default=400, help="how many mutants (400)")
+    parser.add_argument("--seed", type=int, default=1, help="which ones (1)")
+    parser.add_argument("--jobs", type=int, default=1, help="how many builds side by side (1)")
+    parser.add_argument("--targets", default="unit_tests,process_tests",
+                        help="the test programs that judge (unit_tests,process_tests)")
+    parser.add_argument("--directory", type=pathlib.Path,
+                        default=pathlib.Path(tempfile.gettempdir()) / "call-monitor-mutation",
+                        help="where the copies are kept")
+    arguments = parser.parse_args()
+
+    if arguments.list:
+        chosen = chosenMutants(ROOT, arguments.count, arguments.seed, arguments.only)
+        for mutant in chosen:
+            print(mutant.described((ROOT / mutant.file).read_text()))
+        print(f"{len(chosen)} mutants in {len({mutant.file for mutant in chosen})} files")
+        return 0
+
+    directory = copiedSources(arguments.directory)
+    chosen = chosenMutants(directory / "pristine", arguments.count, arguments.seed, arguments.only)
+    results = knownResults(directory / "results.jsonl")
+    pending = [mutant for mutant in chosen if mutant.key() not in results]
+    if pending and not arguments.report:
+        judgeAll(directory, pending, results, arguments)
+    return 0 if report(directory, chosen, results) else 1
+
+
+if __name__ == "__main__":
+    sys.exit(main())
