@@ -37,6 +37,8 @@ std::optional<std::string> serialized(const Record& record) {
 }
 
 std::optional<std::string> stringMember(std::string_view json, const std::string& name) {
+  // The library takes a NUL for the end of the text, and would not see what stands behind it.
+  if (json.find('\0') != std::string_view::npos) return std::nullopt;
   const nlohmann::json parsed = nlohmann::json::parse(json, nullptr, /*allow_exceptions=*/false);
   if (!parsed.is_object()) return std::nullopt;
   const auto member = parsed.find(name);

@@ -144,6 +144,8 @@ TEST(Json, ReadsOneTextOfAnObject) {
       {"nothing is not JSON", "", std::nullopt},
       {"a cut-off object is not JSON", R"({"u":"x")", std::nullopt},
       {"text behind the object is not JSON", R"({"u":"x"}x)", std::nullopt},
+      {"a zero byte behind the object is not JSON", std::string_view("{\"u\":\"x\"}\0", 10),
+       std::nullopt},
       {"bytes that are not UTF-8 are not JSON", "{\"u\":\"\xFF\"}", std::nullopt},
   };
   for (const MemberCase& row : cases) {
