@@ -1,0 +1,53 @@
+// Replaces the global allocation functions. Each block carries its size in front of it, which
+// keeps the count exact whatever the allocator below rounds to.
+#include "endurance/live_bytes.h"
+
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+std::size_t live = 0;
+
+// Room for the size that keeps what follows aligned for every type.
+constexpr std::size_t prefix = alignof(std::max_align_t);
+
+void* counted(std::size_t size) {
+  void* block = std::malloc(prefix + size);
+  if (block == nullptr) throw std::bad_alloc();
+  *static_cast<std::size_t*>(block) = size;
+  live += size;
+  return static_cast<char*>(block) + prefix;
+}
+
+void release(void* pointer) noexcept {
+  if (pointer == nullptr) return;
+  void* block = static_cast<char*>(pointer) - prefix;
+  live -= *static_cast<std::size_t*>(block);
+  std::free(block);
+}
+
+}  // namespace
+
+std::size_t callmonitor::endurance::liveBytes() {
+  return live;
+}
+
+void* operator new(std::size_t size) {
+  return counted(size);
+}
+void* operator new[](std::size_t size) {
+  return counted(size);
+}
+void operator delete(void* pointer) noexcept {
+  release(pointer);
+}
+void operator delete[](void* pointer) noexcept {
+  release(pointer);
+}
+void operator delete(void* pointer, std::size_t) noexcept {
+  release(pointer);
+}
+void operator delete[](void* pointer, std::size_t) noexcept {
+  release(pointer);
+}
