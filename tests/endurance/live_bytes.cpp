@@ -12,12 +12,19 @@ std::size_t live = 0;
 // Room for the size that keeps what follows aligned for every type.
 constexpr std::size_t prefix = alignof(std::max_align_t);
 
-void* counted(std::size_t size) {
+// Null when there is no memory.
+void* counted(std::size_t size) noexcept {
   void* block = std::malloc(prefix + size);
-  if (block == nullptr) throw std::bad_alloc();
+  if (block == nullptr) return nullptr;
   *static_cast<std::size_t*>(block) = size;
   live += size;
   return static_cast<char*>(block) + prefix;
+}
+
+void* countedOrThrow(std::size_t size) {
+  void* block = counted(size);
+  if (block == nullptr) throw std::bad_alloc();
+  return block;
 }
 
 void release(void* pointer) noexcept {
@@ -34,9 +41,15 @@ std::size_t callmonitor::endurance::liveBytes() {
 }
 
 void* operator new(std::size_t size) {
-  return counted(size);
+  return countedOrThrow(size);
 }
 void* operator new[](std::size_t size) {
+  return countedOrThrow(size);
+}
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  return counted(size);
+}
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
   return counted(size);
 }
 void operator delete(void* pointer) noexcept {

@@ -100,7 +100,7 @@ TEST(LongDay, WhatIsRememberedStaysBounded) {
   ASSERT_EQ(readings.size(), static_cast<std::size_t>(LONG_DAY_HOURS));
   const Reading& first = readings.front();
   // The writer may remember up to 256 clients of the last hours, of some 200 bytes each.
-  constexpr std::size_t clientBytes = 256 * 256;
+  constexpr std::size_t clientBytes = std::size_t{256} * 256;
   for (const Reading& reading : readings) {
     EXPECT_LE(reading.bytes, first.bytes + clientBytes);
     // Two windows, one page, and the call's own, which may be an older page.

@@ -48,6 +48,10 @@ def isClientScan(record):
     return record.get("type") == "client-scan"
 
 
+# The reading thread ends as soon as the monitor has.
+_JOIN_BOUND = 5.0
+
+
 class Stream:
     """A running monitor. `forward`, if given, takes each raw line as soon as it comes.
 
@@ -130,8 +134,11 @@ class Stream:
         with contextlib.suppress(subprocess.TimeoutExpired):
             self.process.wait(STEP_BOUND)
         self._processes.stop(self._name)
-        self._thread.join()
-        self.process.stdout.close()
+        # A signal that came between two steps of a wait can leave the lock of the lines taken; the
+        # reading thread then never ends, and whoever was told to end must end all the same.
+        self._thread.join(_JOIN_BOUND)
+        if not self._thread.is_alive():
+            self.process.stdout.close()
         return self.process.returncode
 
     def _read(self):

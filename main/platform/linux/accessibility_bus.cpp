@@ -58,6 +58,11 @@ const ObjectName& accessibilityService() {
   return service;
 }
 
+const BusTarget& busDaemon() {
+  static const BusTarget daemon{{"org.freedesktop.DBus", "/org/freedesktop/DBus"}};
+  return daemon;
+}
+
 // Empty when the session has no accessibility bus.
 std::string accessibilityBusAddress(sd_bus* session) {
   const BusMessage reply =
@@ -95,14 +100,19 @@ bool ensureConnected(AccessibilityBus& bus) {
   if (bus.mayEnable) enableAccessibility(session.get());
   bus.connection = openBus(address);
   if (!bus.connection) return false;
-  ++bus.generation;
+  // That the bus was late once says nothing about the new connection.
+  bus.silent.erase(busDaemon().object.bus);
+  sd_id128_t server{};
+  const bool same = sd_bus_get_bus_id(bus.connection.get(), &server) >= 0 && bus.generation > 0 &&
+                    sd_id128_equal(server, bus.server) != 0;
+  if (!same) ++bus.generation;
+  bus.server = server;
   return true;
 }
 
 bool busAnswers(AccessibilityBus& bus) {
   if (!bus.connection) return false;
-  static const BusTarget daemon{{"org.freedesktop.DBus", "/org/freedesktop/DBus"}};
-  if (call(bus, daemon, "org.freedesktop.DBus", "GetId").code == code::success) return true;
+  if (call(bus, busDaemon(), "org.freedesktop.DBus", "GetId").code == code::success) return true;
   bus.connection.reset();
   return false;
 }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <systemd/sd-bus.h>
+#include <systemd/sd-id128.h>
 
 #include <cstdint>
 #include <memory>
@@ -35,9 +36,10 @@ struct AccessibilityBus {
     void operator()(sd_bus* bus) const { sd_bus_close_unref(bus); }
   };
   std::unique_ptr<sd_bus, Close> connection;
-  // Counts connections. Unique names start afresh on a new bus, so an object is the same object
-  // only within one connection.
+  // Counts buses. Unique names start afresh on a new bus, so an object is the same object only
+  // within one bus; a second connection to the same one changes nothing.
   std::uint64_t generation = 0;
+  sd_id128_t server{};  // the bus's own identifier
   // Whether accessibility may be switched on for the desktop's applications.
   bool mayEnable = false;
   // Applications that did not answer in time in this cycle; they are not asked again in it.

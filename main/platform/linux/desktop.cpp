@@ -1,7 +1,9 @@
 // Trust, preparation and the cycle: what concerns the desktop as a whole.
 #include "platform/linux/desktop.h"
 
+#include <fcntl.h>
 #include <signal.h>
+#include <unistd.h>
 
 #include "platform/linux/x11_connection.h"
 #include "platform/platform.h"
@@ -20,6 +22,11 @@ void prepareMonitoring() {
   sigemptyset(&pipe);
   sigaddset(&pipe, SIGPIPE);
   pthread_sigmask(SIG_UNBLOCK, &pipe, nullptr);
+
+  // A slow reader must delay a line, never cut it.
+  if (const int flags = fcntl(STDOUT_FILENO, F_GETFL); flags >= 0 && (flags & O_NONBLOCK) != 0) {
+    fcntl(STDOUT_FILENO, F_SETFL, flags & ~O_NONBLOCK);
+  }
 
   AccessibilityBus& bus = desktop().bus;
   bus.mayEnable = true;

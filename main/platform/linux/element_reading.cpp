@@ -232,9 +232,17 @@ WindowedApplication clientOf(const Request& request) {
           std::move(windows)};
 }
 
+// A list of windows that was there before is late, not missing: without it windows would seem to
+// come and go.
+bool windowListLate(const Request& request, const WindowedApplication& client) {
+  return !client.listed && x11Session() && !request.desktop.applications.windows.empty();
+}
+
 Reading windowsReading(const Request& request) {
   if (!request.reference.application) return failed(code::attributeUnsupported);
-  auto windows = readWindows(request.desktop, clientOf(request));
+  const WindowedApplication client = clientOf(request);
+  if (windowListLate(request, client)) return failed(code::cannotComplete);
+  auto windows = readWindows(request.desktop, client);
   if (windows.code != code::success) return failed(windows.code);
   std::vector<Element> elements;
   for (FrameWindow& window : windows.value) {
@@ -247,7 +255,9 @@ Reading focusedWindowReading(const Request& request) {
   if (!request.reference.application) return failed(code::attributeUnsupported);
   const auto active = activeWindow(*request.desktop.x11);
   if (!active) return failed(code::noValue);
-  auto window = readFocusedWindow(request.desktop, clientOf(request), *active);
+  const WindowedApplication client = clientOf(request);
+  if (windowListLate(request, client)) return failed(code::cannotComplete);
+  auto window = readFocusedWindow(request.desktop, client, *active);
   if (window.code != code::success) return failed(window.code);
   return {code::success, handle(request.reference, std::move(window.value), true)};
 }

@@ -22,22 +22,25 @@ struct LooseFrame {
 // Without a window server to tell, a named frame with something in it is a window. Where there is
 // one, such a frame has a window that is merely not found yet.
 bool plainlyWindow(const LooseFrame& frame) {
-  return frame.standing == Standing::window && !frame.name.empty() && frame.hasChildren;
+  return frame.standing == Standing::window && frame.hasChildren;
 }
 
-// Fills `loose` when the object is a frame. An object that is gone or is no frame is passed over.
+// Fills `loose` when the object is a frame with a name. One that is gone or is no frame is passed
+// over.
 std::int32_t readFrame(Desktop& here, const BusTarget& target, std::vector<LooseFrame>& loose) {
   const auto passable = [](std::int32_t result) {
     return result == code::invalidElement || result == code::attributeUnsupported;
   };
-  const auto role = readRole(here.bus, target);
-  if (role.code != code::success) return passable(role.code) ? code::success : role.code;
-  const Standing standing = standingOf(role.value);
-  if (standing == Standing::part) return code::success;
   auto properties = readProperties(here.bus, target);
   if (properties.code != code::success) {
     return passable(properties.code) ? code::success : properties.code;
   }
+  // A browser has two more frames than windows for each window: they have no name and no window.
+  if (properties.value.name.empty()) return code::success;
+  const auto role = readRole(here.bus, target);
+  if (role.code != code::success) return passable(role.code) ? code::success : role.code;
+  const Standing standing = standingOf(role.value);
+  if (standing == Standing::part) return code::success;
   loose.push_back({target.object, std::move(properties.value.name),
                    properties.value.childCount.value_or(0) != 0, standing});
   return code::success;
@@ -58,12 +61,9 @@ Answer<std::vector<MatchCandidate>> frameCandidates(Desktop& here, const BusTarg
   std::vector<MatchCandidate> frames;
   for (const LooseFrame& each : loose) {
     MatchCandidate candidate{each.name, std::nullopt, plainlyWindow(each)};
-    // The extra frames of a browser have no name; their place is of no interest.
-    if (!each.name.empty()) {
-      const auto extents = readExtents(here.bus, root.at(each.object));
-      if (extents.code == code::cannotComplete) return {extents.code, {}};
-      if (extents.code == code::success) candidate.extents = extents.value;
-    }
+    const auto extents = readExtents(here.bus, root.at(each.object));
+    if (extents.code == code::cannotComplete) return {extents.code, {}};
+    if (extents.code == code::success) candidate.extents = extents.value;
     frames.push_back(std::move(candidate));
   }
   return {code::success, std::move(frames)};
@@ -86,6 +86,13 @@ std::int32_t pairUp(Desktop& here, const WindowedApplication& application,
     pairs.insert_or_assign(loose[match.frame].object, windows[match.window].id);
   }
   return partnersMissing(frames.value, candidates, matches) ? code::failure : code::success;
+}
+
+// Whether the frame's window might as well be another frame's: windows of one name in one place.
+bool pairedByChance(const FrameMemory& memory, const ObjectName& frame) {
+  const auto sameBus = [&](const auto& pair) { return pair.first.bus == frame.bus; };
+  return !memory.certain.contains(frame) &&
+         std::count_if(memory.passing.begin(), memory.passing.end(), sameBus) > 1;
 }
 
 bool showsWindow(const WindowedApplication& application) {
@@ -151,7 +158,9 @@ Answer<ObjectName> readFocusedWindow(Desktop& here, const WindowedApplication& a
   auto windows = readWindows(here, application);
   if (windows.code != code::success) return {windows.code, {}};
   for (FrameWindow& each : windows.value) {
-    if (each.number == active) return {code::success, std::move(each.frame)};
+    if (each.number != active) continue;
+    if (pairedByChance(here.frames, each.frame)) break;
+    return {code::success, std::move(each.frame)};
   }
   return {code::noValue, {}};
 }

@@ -149,9 +149,11 @@ std::shared_ptr<X11Connection> makeX11Connection() {
 
 bool x11Session() {
   const char* type = std::getenv("XDG_SESSION_TYPE");
-  if (type != nullptr && std::string_view(type) == "wayland") return false;
-  const bool unknown = type == nullptr || *type == '\0';
-  return !(unknown && std::getenv("WAYLAND_DISPLAY") != nullptr);
+  const std::string_view named = type != nullptr ? type : "";
+  if (named == "x11" || named == "wayland") return named == "x11";
+  // A session that was started from a console does not say; its compositor's socket does.
+  const char* wayland = std::getenv("WAYLAND_DISPLAY");
+  return wayland == nullptr || *wayland == '\0';
 }
 
 std::optional<std::vector<ClientWindow>> clientWindows(X11Connection& x11) {
