@@ -21,7 +21,8 @@ struct FrameMemory {
   std::uint64_t generation = 0;  // of the accessibility bus
   // Certain pairs. Each lasts until one of its two sides is gone.
   FramePairs certain;
-  // The other pairs of the last reading. They serve this cycle's names and choose nothing.
+  // The other pairs of the last reading. They serve this cycle's names; the focused window is
+  // chosen by one only where it is its application's only such pair.
   FramePairs passing;
 };
 

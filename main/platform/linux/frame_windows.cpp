@@ -35,7 +35,7 @@ std::int32_t readFrame(Desktop& here, const BusTarget& target, std::vector<Loose
   if (properties.code != code::success) {
     return passable(properties.code) ? code::success : properties.code;
   }
-  // A browser has two more frames than windows for each window: they have no name and no window.
+  // Beside each of its windows a browser has two frames that have neither a name nor a window.
   if (properties.value.name.empty()) return code::success;
   const auto role = readRole(here.bus, target);
   if (role.code != code::success) return passable(role.code) ? code::success : role.code;
