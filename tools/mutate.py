@@ -35,6 +35,9 @@ COPIED = ["CMakeLists.txt", "main", "tests", "bench"]
 # Random worlds by the hundred thousand add no judgement and much waiting in an unoptimised build.
 FLAGS = "-O0 -w -DTRACKER_WORLDS=2000"
 MEMORY_LIMIT = 4 << 30  # bytes; a loop that a mutant made endless must not take the machine along
+# The judge that is no test program: the program's own built-in checks.
+SELF_TEST = "self-test"
+VERDICT = "Native call identity, browser evidence and lifecycle checks passed\n"
 
 
 @dataclasses.dataclass(frozen=True)
@@ -332,10 +335,15 @@ class Workshop:
             self.seconds[target] = 20 + 5 * (time.monotonic() - start)
 
     def compiled(self, seconds):
-        return run(["cmake", "--build", self.build, "-j", str(self.parallel), "--target"]
-                   + self.targets, seconds)
+        built = ["call-monitor" if target == SELF_TEST else target for target in self.targets]
+        return run(["cmake", "--build", self.build, "-j", str(self.parallel), "--target"] + built,
+                   seconds)
 
     def tested(self, target):
+        if target == SELF_TEST:
+            status, output = run([self.build / "main" / "call-monitor", "--self-test"],
+                                 self.seconds[target])
+            return (1 if status == 0 and output != VERDICT else status), output
         return run([self.build / "tests" / target, "--gtest_fail_fast", "--gtest_brief=1"],
                    self.seconds[target])
 
@@ -440,7 +448,8 @@ def main():
     parser.add_argument("--seed", type=int, default=1, help="which ones (1)")
     parser.add_argument("--jobs", type=int, default=1, help="how many builds side by side (1)")
     parser.add_argument("--targets", default="unit_tests,process_tests",
-                        help="the test programs that judge (unit_tests,process_tests)")
+                        help="the test programs that judge (unit_tests,process_tests); "
+                             f"{SELF_TEST} is the program's own checks")
     parser.add_argument("--directory", type=pathlib.Path,
                         default=pathlib.Path(tempfile.gettempdir()) / "call-monitor-mutation",
                         help="where the copies are kept")

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <set>
 
 namespace callmonitor {
 namespace {
@@ -53,26 +52,12 @@ Evidence labels(const Element& root, bool browser, bool nativeZoomWindow,
                 bool nativeZoomPreviewRecovery, double pollDeadline) {
   const double deadline = std::min(platform::systemUptime() + labelScanSeconds, pollDeadline);
   platform::expectScan(root, deadline);
-  std::set<std::string> failures;
-  std::set<std::string> hints;
-  const auto read = [&](const Element& element) {
-    LabelSnapshot<Element> result = readLabelSnapshot(
-        element, !browser && nativeZoomWindow, !browser && nativeZoomPreviewRecovery,
-        browser && element == root, [&](const std::string& hint) { hints.insert(hint); },
-        [&](const Element& node, std::string_view name) {
-          return readBefore(deadline, node, name);
-        });
-    for (const std::string& failure : result.failures) {
-      if (failures.size() < failureLimit) failures.insert(failure);
-    }
-    return std::move(result.snapshot);
-  };
-  Evidence evidence = scanLabels(
-      root, browser, nativeZoomWindow, labelScanBudget,
-      [&] { return platform::systemUptime() < deadline; }, read);
-  evidence.failedAttributes.assign(failures.begin(), failures.end());
-  evidence.failedControlHints.assign(hints.begin(), hints.end());
-  return evidence;
+  return scanAttributes(
+      root, {browser, nativeZoomWindow, nativeZoomPreviewRecovery}, labelScanBudget,
+      [deadline] { return platform::systemUptime() < deadline; },
+      [deadline](const Element& element, std::string_view name) {
+        return readBefore(deadline, element, name);
+      });
 }
 
 }  // namespace callmonitor

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -94,6 +95,38 @@ template <class Node, class WithinDeadline, class Read>
   } else if (evidence.deadline) {
     evidence.complete = false;
   }
+  return evidence;
+}
+
+// What of a root decides how its elements are read.
+struct ScanFlags {
+  bool browser = false;              // a page, of which the root itself is never excluded
+  bool nativeZoomWindow = false;     // looks for participant tiles, in native clients only
+  bool zoomPreviewRecovery = false;  // of the Zoom preview's "Audio" button, in native clients only
+};
+
+// The walk, with every element read through `readAttribute(node, attribute name)` and with the
+// failures and hints of the reading in the evidence: sorted, distinct, the failures at most
+// `failureLimit`.
+template <class Node, class WithinDeadline, class ReadAttribute>
+[[nodiscard]] Evidence scanAttributes(const Node& root, const ScanFlags& flags, int budget,
+                                      WithinDeadline withinDeadline, ReadAttribute readAttribute) {
+  std::set<std::string> failures;
+  std::set<std::string> hints;
+  const auto read = [&](const Node& node) {
+    LabelSnapshot<Node> result = readLabelSnapshot(
+        node, !flags.browser && flags.nativeZoomWindow, !flags.browser && flags.zoomPreviewRecovery,
+        flags.browser && node == root, [&](const std::string& hint) { hints.insert(hint); },
+        readAttribute);
+    for (const std::string& failure : result.failures) {
+      if (failures.size() < failureLimit) failures.insert(failure);
+    }
+    return std::move(result.snapshot);
+  };
+  Evidence evidence =
+      scanLabels(root, flags.browser, flags.nativeZoomWindow, budget, withinDeadline, read);
+  evidence.failedAttributes.assign(failures.begin(), failures.end());
+  evidence.failedControlHints.assign(hints.begin(), hints.end());
   return evidence;
 }
 
