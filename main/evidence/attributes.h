@@ -85,6 +85,15 @@ template <class Node>
   return std::nullopt;
 }
 
+// Reads a live element's attribute unless the deadline (uptime seconds) has passed, which answers
+// as an application that does not answer: one slow application must not keep a look at it going,
+// not even within one element.
+[[nodiscard]] inline platform::Reading readBefore(double deadline, const Element& element,
+                                                  std::string_view name) {
+  if (platform::systemUptime() >= deadline) return {platform::code::cannotComplete, {}};
+  return platform::readAttribute(element, name);
+}
+
 // The text of a live element's attribute, as `textIn` says.
 [[nodiscard]] inline std::string text(const Element& element, std::string_view name) {
   return textIn(platform::readAttribute(element, name));

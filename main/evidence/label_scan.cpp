@@ -8,12 +8,6 @@ namespace {
 
 constexpr std::array<std::string_view, 3> controlRoles{buttonRole, "AXCheckBox", "AXMenuButton"};
 
-// One slow application must not keep the scan past its deadline, not even within one element.
-platform::Reading readBefore(double deadline, const Element& element, std::string_view name) {
-  if (platform::systemUptime() >= deadline) return {platform::code::cannotComplete, {}};
-  return platform::readAttribute(element, name);
-}
-
 }  // namespace
 
 void gatherControls(const std::string& role, const std::string& title,

@@ -16,7 +16,7 @@
 namespace callmonitor {
 namespace {
 
-// One deadline for the search for pages and every scan of a look, in uptime seconds.
+// One deadline for all that a look reads of the focused window, in uptime seconds.
 constexpr double clientLookSeconds = 0.5;
 
 // A meeting client in front and what its labels show.
@@ -34,7 +34,7 @@ struct Page {
 
 std::optional<Page> meetingPage(const Element& window, double deadline) {
   for (const Element& area : webAreas(window, deadline).roots) {
-    const auto raw = addressIn(platform::readAttribute(area, attributes::url));
+    const auto raw = addressIn(readBefore(deadline, area, attributes::url));
     const std::optional<Conference> client = raw ? clientHost(*raw) : std::nullopt;
     if (client) return Page{area, *client};
   }
@@ -75,8 +75,8 @@ Evidence nativeEvidence(const Element& window, std::string_view bundle, const st
     const std::vector<Element> areas = webAreas(window, scan.deadline).roots;
     if (!areas.empty()) return mostTelling(areas, provider, scan);
   }
-  return scan(
-      {window, false, nativeZoomMeetingTitle(text(window, attributes::title)), provider == "zoom"});
+  const std::string title = textIn(readBefore(scan.deadline, window, attributes::title));
+  return scan({window, false, nativeZoomMeetingTitle(title), provider == "zoom"});
 }
 
 // The key of a native client: of its process, or of its lobby while it shows one.

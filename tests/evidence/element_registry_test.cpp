@@ -3,6 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstddef>
+#include <string>
+
 #include "platform/scripted/desktop.h"
 
 namespace callmonitor {
@@ -52,6 +56,22 @@ TEST(ElementRegistry, ForgetsOnlyWhatNobodyKeeps) {
   EXPECT_EQ(registry.identifiers.size(), 1U);
   EXPECT_EQ(elementID(registry, scripted::element("kept")), kept);
   EXPECT_NE(elementID(registry, scripted::element("dropped")), dropped);
+}
+
+TEST(ElementRegistry, ManyElementsStandFarApart) {
+  scripted::reset();
+  ElementRegistry registry;
+  constexpr std::size_t many = 10'000;
+  for (std::size_t i = 0; i < many; ++i) {
+    static_cast<void>(elementID(registry, scripted::element("page" + std::to_string(i))));
+  }
+  ASSERT_EQ(registry.identifiers.size(), many);
+  std::size_t fullest = 0;
+  for (std::size_t bucket = 0; bucket < registry.identifiers.bucket_count(); ++bucket) {
+    fullest = std::max(fullest, registry.identifiers.bucket_size(bucket));
+  }
+  // A look-up compares with what stands in one bucket; chance puts hardly more than eight there.
+  EXPECT_LE(fullest, 16U);
 }
 
 }  // namespace

@@ -72,6 +72,20 @@ TEST_F(Replay, AMissingFileIsAnError) {
   EXPECT_EQ(result.output, file + ": the file cannot be read\n");
 }
 
+TEST_F(Replay, ADirectoryIsNoScenario) {
+  const std::string directory = testing::TempDir();
+  const Replayed result = replay("'" + directory + "'");
+  EXPECT_EQ(result.status, 65);
+  EXPECT_EQ(result.output, directory + ": the file cannot be read\n");
+}
+
+TEST_F(Replay, AnIncludedDirectoryCannotBeRead) {
+  write("include .\nend 3s\n");
+  const Replayed result = replay("'" + file + "'");
+  EXPECT_EQ(result.status, 65);
+  EXPECT_EQ(result.output, file + ": line 1: \".\" cannot be read\n");
+}
+
 TEST_F(Replay, WrongArgumentsShowTheUsage) {
   for (const std::string arguments : {"", "--real-time", "a b", "a --fast"}) {
     const Replayed result = replay(arguments);

@@ -290,6 +290,29 @@ TEST_F(ClientActivity, OneDeadlineCoversTheSearchAndEveryScan) {
   EXPECT_LT(desktop().uptime, before + 0.5 + 0.2) << "half a second and one message at most";
 }
 
+TEST_F(ClientActivity, TheDeadlineCoversTheAddressesToo) {
+  std::vector<Node> pages;
+  for (int i = 0; i < 12; ++i) {
+    pages.push_back(page("p" + std::to_string(i), "https://news.example.org/", {}));
+    pages.back().attributes["AXURL"].delay = 0.19;
+  }
+  front(7, chrome, window("w", "News", pages));
+  const double before = desktop().uptime + 100;
+  EXPECT_EQ(stageOf(), "no-provider-surface");
+  EXPECT_LT(desktop().uptime, before + 0.5 + 0.2) << "half a second and one message at most";
+}
+
+TEST_F(ClientActivity, TheDeadlineCoversTheTitleOfAWindowThatIsSearchedInVain) {
+  Node slow =
+      window("w", "Teams", {node("g", "AXGroup"), node("h", "AXGroup"), node("i", "AXGroup")});
+  for (Node& child : slow.children) child.attributes["AXRole"].delay = 0.19;
+  slow.attributes["AXTitle"].delay = 0.19;
+  front(9, teamsClient, slow);
+  const double before = desktop().uptime + 100;
+  EXPECT_EQ(stageOf(), "incomplete");
+  EXPECT_LT(desktop().uptime, before + 0.5 + 0.2) << "half a second and one message at most";
+}
+
 TEST_F(ClientActivity, AScanOfTheSameTickIsNotTakenAgain) {
   front(7, chrome, window("w", "Standup", {page("p", meetAddress, {})}));
   Evidence evidence;

@@ -1,8 +1,8 @@
 #include "platform/scenario/loader.h"
 
+#include <array>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <set>
 #include <utility>
 #include <vector>
@@ -13,6 +13,10 @@
 
 namespace callmonitor::scenario {
 namespace {
+
+// Seconds. A shorter period means nothing to a monitor that looks once a second, and one that is
+// lost when it is added to the time of day would never end.
+constexpr double shortestPeriod = 0.001;
 
 // A whole file while it is read.
 struct File {
@@ -89,7 +93,7 @@ bool readStep(File& file, const Line& line) {
   }
   step.at = times[0];
   if (repeated) {
-    if (times[1] <= 0) return fail(file, line, "a step that repeats takes its time");
+    if (times[1] < shortestPeriod) return fail(file, line, "a step that repeats takes its time");
     step.every = times[1];
     step.until = bounded ? times[2] : -1;  // the end, which may not be known yet
   }
@@ -188,7 +192,12 @@ Loaded loadScenario(const std::string& path) {
   const auto readFile = [](const std::filesystem::path& file) -> std::optional<std::string> {
     std::ifstream stream(file, std::ios::binary);
     if (!stream) return std::nullopt;
-    std::string text(std::istreambuf_iterator<char>(stream), {});
+    std::string text;
+    // Read block by block: a stream reports a failure, such as that of a directory, in its state.
+    for (std::array<char, 4096> block{};
+         stream.read(block.data(), block.size()), stream.gcount() > 0;) {
+      text.append(block.data(), static_cast<std::size_t>(stream.gcount()));
+    }
     return stream.bad() ? std::nullopt : std::optional(std::move(text));
   };
   const auto text = readFile(path);

@@ -1,6 +1,8 @@
 #include "platform/scenario/world.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <limits>
 #include <utility>
 
 #include "platform/scenario/element_kinds.h"
@@ -31,6 +33,12 @@ std::string applicationKeyOf(const std::string& key) {
 
 bool isApplication(const std::string& key) {
   return key.find('/') == std::string::npos;
+}
+
+// Whether something may be the focused window: a window by its kind, or what stands for one.
+bool isWindow(const WorldElement& element) {
+  return elementKind(element.description.kind).role == "AXWindow" ||
+         (!element.parent.empty() && isApplication(element.parent));
 }
 
 // "app:101/p" for the element p, "app:101/p~2" when there was one of this name before.
@@ -144,7 +152,10 @@ Refusal startApplication(World& world, const Change& change, WorldApplication ap
 Refusal start(World& world, const Change& change) {
   const ApplicationDescription& given = change.application;
   WorldApplication application;
-  application.application.pid = given.pid.value_or(world.lastPid + 1);
+  if (!given.pid && world.lastPid == std::numeric_limits<std::int32_t>::max()) {
+    return "there is no further process id";
+  }
+  application.application.pid = given.pid ? *given.pid : world.lastPid + 1;
   world.lastPid = std::max(world.lastPid, application.application.pid);
   application.application.bundleIdentifier = given.bundle;
   application.application.regular = given.regular;
@@ -189,7 +200,7 @@ Refusal relaunch(World& world, const Change& change) {
 Refusal focus(World& world, const std::string& name) {
   const auto key = world.keys.find(name);
   if (key == world.keys.end()) return unknownName(name);
-  if (isApplication(key->second)) return "\"" + name + "\" is no window";
+  if (!isWindow(world.elements.at(key->second))) return "\"" + name + "\" is no window";
   const std::string owner = applicationKeyOf(key->second);
   for (WorldApplication& application : world.applications) {
     if (application.key == owner) application.focused = key->second;
