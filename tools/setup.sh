@@ -8,13 +8,15 @@ PYTHON=/usr/bin/python3
 
 # What is needed to build the program and its unit tests.
 BUILD_PACKAGES=(g++ cmake ninja-build pkg-config libicu-dev liburiparser-dev nlohmann-json3-dev
-  libgtest-dev libbenchmark-dev libre2-dev libsystemd-dev libxcb1-dev)
+  libgtest-dev libbenchmark-dev libre2-dev libsystemd-dev libxcb1-dev
+  libpipewire-0.3-dev libpulse-dev)
 # What checks the sources.
 LINT_PACKAGES=(clang-format clang-tidy)
 # What a private desktop with a browser consists of. Whoever watches a desktop of their own needs
 # none of it.
 DESKTOP_PACKAGES=(xvfb dbus at-spi2-core openbox chromium fonts-dejavu-core openssl python3
-  python3-gi gir1.2-gtk-3.0 python3-websocket util-linux x11-utils xdotool)
+  python3-gi gir1.2-gtk-3.0 python3-websocket util-linux x11-utils xdotool pipewire
+  pipewire-bin pipewire-pulse wireplumber pulseaudio pulseaudio-utils)
 
 # installMissing PACKAGE...: installs those of the packages that are not installed. A machine
 # without apt-get gets a hint instead, and the step that misses something says so itself.

@@ -1,12 +1,15 @@
-"""A private Linux desktop: display, buses, window manager, in a directory of its own.
+"""A private Linux desktop: display, buses, window manager, sound, in a directory of its own.
 
 Nothing of it touches the desktop that the caller may be sitting at, and several may stand side by
 side: the display number is the X server's own choice, the buses live in the directory, and the
 environment of its processes is made from nothing.
 """
 
+import contextlib
 import os
+import re
 import shutil
+import socket
 import subprocess
 import tempfile
 
@@ -39,6 +42,31 @@ _LONGEST_PARENT = 40
 _SHORT_PARENT = "/tmp"
 # Milliseconds that a message to one of the buses may take.
 _MESSAGE_TIMEOUT = 5000
+# The programs of each sound server, in the order of their starts, each with the socket, relative to
+# the run-time directory, by which it is reached once it is ready.
+_SOUND_PROGRAMS = {
+    "pipewire": (
+        ("pipewire", ["pipewire"], "pipewire-0"),
+        ("wireplumber", ["wireplumber"], None),
+        ("pipewire-pulse", ["pipewire-pulse"], "pulse/native")),
+    "pulseaudio": (
+        ("pulseaudio", ["pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1",
+                        "--disallow-exit", "--use-pid-file=no", "--realtime=no",
+                        "--high-priority=no", "--disable-shm=yes",
+                        "--load=module-native-protocol-unix"], "pulse/native"),),
+}
+# The speaker and the microphone of each, as modules of the server. Browsers do not count the monitor
+# of a sink as a microphone, so the microphone is a source in its own right.
+_SOUND_DEVICES = {
+    "pipewire": (
+        ("module-null-sink", "sink_name=speaker"),
+        ("module-null-sink", "media.class=Audio/Source/Virtual", "sink_name=virtmic",
+         "channel_map=mono")),
+    "pulseaudio": (
+        ("module-null-sink", "sink_name=speaker"),
+        ("module-null-sink", "sink_name=silence"),
+        ("module-remap-source", "master=silence.monitor", "source_name=virtmic")),
+}
 
 
 class PrivateDesktop:
@@ -48,6 +76,7 @@ class PrivateDesktop:
     reads their accessibility trees. `activation` says whether the session bus starts services that
     somebody asks for, as it usually does. `parts` names what is brought up, so that a test can
     begin with less than a whole desktop and add the rest by `startDisplay()` and its siblings.
+    A desktop is silent unless "sound" (PipeWire) or "pulse sound" (PulseAudio alone) is among them.
     """
 
     def __init__(self, readable=True, activation=True,
@@ -72,6 +101,10 @@ class PrivateDesktop:
                     self.makeReadable()
             if "window manager" in self._parts:
                 self.startWindowManager()
+            if "sound" in self._parts:
+                self.startSound()
+            if "pulse sound" in self._parts:
+                self.startSound("pulseaudio")
         except BaseException:
             self.close()
             raise
@@ -145,6 +178,36 @@ class PrivateDesktop:
         waitUntil("the window manager announces itself", lambda: self._running("window-manager") and
                   "window id" in self.query("xprop", "-root", "_NET_SUPPORTING_WM_CHECK"))
 
+    def startSound(self, server="pipewire"):
+        """Starts a sound server with a speaker and a microphone, both silent, as its defaults.
+
+        `server` is "pipewire", with what speaks to PulseAudio's clients, or "pulseaudio".
+        """
+        for name, arguments, socketName in _SOUND_PROGRAMS[server]:
+            if socketName is not None:
+                # One that an earlier server left behind would look like the new server's.
+                self._removeSocket(socketName)
+            self.start(name, arguments)
+            if socketName is not None:
+                waitUntil(f"{name} is reached", lambda: self._running(name) and
+                          self._accepts(socketName))
+        waitUntil("the sound server answers", self.soundServerName)
+        for module in _SOUND_DEVICES[server]:
+            waitUntil(f"the sound server makes a device: {module}",
+                      lambda: self.query("pactl", "load-module", *module))
+        for kind, device in (("sink", "speaker"), ("source", "virtmic")):
+            waitUntil(f"the {kind} is the default one", lambda: self._isDefault(kind, device))
+
+    def stopSound(self, server="pipewire"):
+        """Ends every program of a sound server; `startSound` starts it anew."""
+        for name, _, _ in reversed(_SOUND_PROGRAMS[server]):
+            self.processes.stop(name)
+
+    def soundServerName(self):
+        """Gives the name by which the sound server calls itself; empty while none answers."""
+        name = re.search(r"^Server Name: (.*)$", self.query("pactl", "info"), re.MULTILINE)
+        return name.group(1) if name else ""
+
     def makeReadable(self):
         """Tells programs that start from now on that their accessibility trees are read."""
         self._status("Set", "IsEnabled", GLib.Variant("b", True))
@@ -190,6 +253,27 @@ class PrivateDesktop:
 
     def _running(self, name):
         self.processes.mustRun(name)
+        return True
+
+    def _isDefault(self, kind, device):
+        if self.query("pactl", f"get-default-{kind}").strip() == device:
+            return True
+        self.query("pactl", f"set-default-{kind}", device)
+        return False
+
+    def _socketPath(self, socketName):
+        return os.path.join(self.runtimeDirectory, socketName)
+
+    def _removeSocket(self, socketName):
+        with contextlib.suppress(FileNotFoundError):
+            os.remove(self._socketPath(socketName))
+
+    def _accepts(self, socketName):
+        with socket.socket(socket.AF_UNIX, socket.SOCK_STREAM) as client:
+            try:
+                client.connect(self._socketPath(socketName))
+            except OSError:
+                return False
         return True
 
     def _accessibilityAddress(self):
