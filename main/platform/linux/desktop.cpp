@@ -31,6 +31,7 @@ void prepareMonitoring() {
   AccessibilityBus& bus = desktop().bus;
   bus.mayEnable = true;
   ensureConnected(bus);
+  beginHearing(desktop().audio);
 }
 
 void inCycle(const std::function<void()>& cycle) {

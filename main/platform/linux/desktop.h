@@ -8,6 +8,7 @@
 
 #include "platform/linux/accessibility_bus.h"
 #include "platform/linux/application_memory.h"
+#include "platform/linux/audio_hearing.h"
 #include "platform/linux/element_reading.h"
 #include "platform/linux/frame_memory.h"
 #include "platform/linux/x11.h"
@@ -20,6 +21,7 @@ struct Desktop {
   ApplicationMemory applications;
   FrameMemory frames;
   ElementMemory element;
+  AudioHearing audio;
 };
 
 // The process's one desktop.

@@ -1,4 +1,6 @@
-// Timers. The loop is sd-event's, so that a later source of events can join it.
+// Timers, and the descriptors of this platform's other files. The loop is sd-event's.
+#include "platform/linux/run_loop.h"
+
 #include <systemd/sd-event.h>
 
 #include <algorithm>
@@ -52,17 +54,84 @@ int fire(sd_event_source* source, std::uint64_t /*due*/, void* data) {
   return 0;
 }
 
+std::uint64_t microsecondsFromNow(double seconds) {
+  return static_cast<std::uint64_t>((systemUptime() + seconds) * 1e6);
+}
+
 }  // namespace
+
+struct LoopSource {
+  sd_event_source* source = nullptr;
+  // Shared with the call that is being made, which may end the source.
+  std::shared_ptr<const Action> action;
+  double period = 0;  // seconds; of a timer only
+
+  LoopSource() = default;
+  ~LoopSource() { sd_event_source_disable_unref(source); }
+  LoopSource(const LoopSource&) = delete;
+  LoopSource& operator=(const LoopSource&) = delete;
+};
+
+namespace {
+
+LoopSourceHandle madeSource(std::function<void()> action) {
+  LoopSourceHandle made(new LoopSource);
+  made->action = std::make_shared<const Action>(std::move(action));
+  return made;
+}
+
+int descriptorReady(sd_event_source* /*source*/, int /*descriptor*/, std::uint32_t /*events*/,
+                    void* data) {
+  const auto action = static_cast<LoopSource*>(data)->action;
+  (*action)();
+  return 0;
+}
+
+int periodOver(sd_event_source* source, std::uint64_t /*due*/, void* data) {
+  const auto* made = static_cast<LoopSource*>(data);
+  const auto action = made->action;
+  // Set before the action, which may end the source; from now, so that a loop that was held up does
+  // not make up for what it missed.
+  sd_event_source_set_time(source, microsecondsFromNow(made->period));
+  sd_event_source_set_enabled(source, SD_EVENT_ONESHOT);
+  (*action)();
+  return 0;
+}
+
+}  // namespace
+
+void EndLoopSource::operator()(LoopSource* source) const {
+  delete source;
+}
+
+LoopSourceHandle watchDescriptor(int descriptor, std::uint32_t events,
+                                 std::function<void()> ready) {
+  LoopSourceHandle made = madeSource(std::move(ready));
+  if (sd_event_add_io(runLoopState().events, &made->source, descriptor, events, descriptorReady,
+                      made.get()) < 0) {
+    return nullptr;
+  }
+  return made;
+}
+
+LoopSourceHandle everySeconds(double period, std::function<void()> action) {
+  LoopSourceHandle made = madeSource(std::move(action));
+  made->period = period;
+  if (sd_event_add_time(runLoopState().events, &made->source, CLOCK_MONOTONIC,
+                        microsecondsFromNow(period), accuracy, periodOver, made.get()) < 0) {
+    return nullptr;
+  }
+  return made;
+}
 
 void afterDelay(double seconds, std::function<void()> action) {
   RunLoop& loop = runLoopState();
   auto owned = std::make_unique<Action>(std::move(action));
   sd_event_source* source = nullptr;
   // Counted from this moment: the loop's own "now" is when the cycle that is ending began.
-  const double due = systemUptime() + std::max(seconds, 0.0);
   const int result =
       sd_event_add_time(loop.events, &source, CLOCK_MONOTONIC,
-                        static_cast<std::uint64_t>(due * 1e6), accuracy, fire, owned.get());
+                        microsecondsFromNow(std::max(seconds, 0.0)), accuracy, fire, owned.get());
   if (result < 0) giveUp("set a timer", result);
   // The source carries the action now, until it fires.
   static_cast<void>(owned.release());

@@ -1,0 +1,20 @@
+// What this platform remembers of the sound system.
+#pragma once
+
+#include "platform/linux/application_memory.h"
+#include "platform/linux/pipewire_audio.h"
+#include "platform/linux/run_loop.h"
+
+namespace callmonitor::platform {
+
+struct AudioHearing {
+  PipeWireAudioHandle pipewire;  // null until it was begun, and where the library cannot be used
+  LoopSourceHandle connecting;
+  // Every process that has owned a stream and still lives, whichever server it was a client of.
+  KnownApplications owners;
+};
+
+// Begins to listen. Waits for nothing: what is known grows while the run loop runs.
+void beginHearing(AudioHearing& hearing);
+
+}  // namespace callmonitor::platform

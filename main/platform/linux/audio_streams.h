@@ -1,0 +1,89 @@
+// What both sound servers are reduced to: streams of processes, and from those the answer to who
+// captures and who plays. Nothing here speaks to a server.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/linux/application_memory.h"
+#include "platform/platform.h"
+
+namespace callmonitor::platform {
+
+// What a server says of an object, by name; valid UTF-8 is not promised.
+using SoundProperties = std::map<std::string, std::string, std::less<>>;
+
+// The value of a property; empty when the object has none of that name.
+[[nodiscard]] std::string_view propertyOf(const SoundProperties& properties, std::string_view name);
+// Whether a property is set to what the servers write for "yes".
+[[nodiscard]] bool isSet(const SoundProperties& properties, std::string_view name);
+// A property that is a process id; absent when there is none or it cannot be one.
+[[nodiscard]] std::optional<std::int32_t> processIn(const SoundProperties& properties,
+                                                    std::string_view name);
+
+// One capture or playback stream of a program.
+struct AudioStream {
+  bool input = false;               // captures; otherwise it plays
+  bool running = false;             // sound passes through it now
+  std::optional<std::int32_t> pid;  // absent when the server does not know whose it is
+};
+
+// What is asked of the desktop about processes.
+struct ProcessQuestions {
+  ProcessLooker look;
+  // The bundle identifier of a process that is not in the list of applications; empty when unknown.
+  std::function<std::string(std::int32_t)> bundle;
+};
+
+// The process that a stream of `pid` counts for: the nearest of `pid` and its ancestors that is an
+// application, and `pid` itself when none is. Absent when a process on the way could not be looked
+// at, so that nothing can be said.
+[[nodiscard]] std::optional<std::int32_t> owningProcess(
+    std::int32_t pid, const std::vector<Application>& applications, const ProcessLooker& look);
+
+// One entry for each process that owns a stream or is remembered to have owned one and still lives;
+// `owners` is that memory and is brought up to date. The streams whose process is unknown or has
+// ended share one entry without a bundle. Absent when the owner of a stream could not be told.
+[[nodiscard]] std::optional<std::vector<AudioProcess>> foldStreams(
+    const std::vector<AudioStream>& streams, const std::vector<Application>& applications,
+    KnownApplications& owners, const ProcessQuestions& questions);
+
+// How much of one sound server is known.
+enum class Hearing {
+  absent,    // nothing answers where the server would be
+  learning,  // it is there, and what it has said so far is not complete
+  silent,    // it is there and has not answered in time
+  known      // all that it has is known
+};
+
+// What tells which server's word is to be taken.
+struct ServersHeard {
+  Hearing pipewire = Hearing::absent;
+  bool pipewireServesPulse = false;  // PulseAudio's clients reach it, too
+  bool pipewireHasDevices = false;   // some sink or source is there
+  Hearing pulse = Hearing::absent;
+  bool pulseIsPipewire = false;  // PulseAudio's socket leads to PipeWire
+};
+
+// Whose streams, taken together, are all that there are. Neither means that it is not known.
+struct ServersBelieved {
+  bool pipewire = false;
+  bool pulse = false;
+};
+inline bool operator==(ServersBelieved left, ServersBelieved right) {
+  return left.pipewire == right.pipewire && left.pulse == right.pulse;
+}
+
+// PipeWire runs for screen sharing beside a PulseAudio that has the sound, so that it answers is no
+// proof that it hears.
+[[nodiscard]] ServersBelieved serversBelieved(const ServersHeard& heard);
+
+// Whether PulseAudio's socket has to be asked at all.
+[[nodiscard]] bool pulseMatters(const ServersHeard& heard);
+
+}  // namespace callmonitor::platform

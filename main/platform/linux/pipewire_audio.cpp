@@ -1,0 +1,307 @@
+// The library has an event loop of its own, whose descriptor the run loop watches; all of its
+// callbacks run while that loop is stepped here, on the program's one thread.
+#include "platform/linux/pipewire_audio.h"
+
+#include <pipewire/impl-module.h>
+#include <pipewire/pipewire.h>
+#include <sys/epoll.h>
+
+#include <map>
+#include <optional>
+#include <string_view>
+
+#include "platform/linux/run_loop.h"
+#include "platform/platform.h"
+
+namespace callmonitor::platform {
+namespace {
+
+// Seconds that the server may take to answer. It answers within milliseconds, and it is asked once
+// a cycle, that is about once a second.
+constexpr double answerLimit = 0.5;
+// Steps of the library's loop in one go; far more than the messages of one cycle take.
+constexpr int mostSteps = 256;
+
+// A client or node that is being listened to.
+struct Bound {
+  PipeWireAudio* audio = nullptr;
+  std::uint32_t number = 0;
+  pw_proxy* proxy = nullptr;
+  spa_hook listener{};
+
+  Bound() = default;
+  ~Bound() {
+    if (proxy == nullptr) return;
+    spa_hook_remove(&listener);
+    pw_proxy_destroy(proxy);
+  }
+  Bound(const Bound&) = delete;
+  Bound& operator=(const Bound&) = delete;
+};
+
+// A question to which the server answers when it has said everything that it had to say before.
+struct Question {
+  int number = 0;
+  double askedAt = 0;  // uptime
+};
+
+SoundProperties propertiesOf(const spa_dict* dictionary) {
+  SoundProperties properties;
+  if (dictionary == nullptr) return properties;
+  for (std::uint32_t i = 0; i < dictionary->n_items; ++i) {
+    const spa_dict_item& item = dictionary->items[i];
+    if (item.key != nullptr && item.value != nullptr) properties.emplace(item.key, item.value);
+  }
+  return properties;
+}
+
+}  // namespace
+
+struct PipeWireAudio {
+  pw_loop* loop = nullptr;
+  pw_context* context = nullptr;
+  LoopSourceHandle watch;
+  bool stepping = false;
+
+  // Of one connection.
+  pw_core* core = nullptr;
+  pw_registry* registry = nullptr;
+  spa_hook coreListener{};
+  spa_hook registryListener{};
+  bool lost = false;
+  // The first answer says that all objects were announced, the second that each has had its say.
+  int answers = 0;
+  bool silent = false;
+  std::optional<Question> question;
+  PipeWireGraph graph;
+  std::map<std::uint32_t, Bound> clients;
+  std::map<std::uint32_t, Bound> nodes;
+
+  PipeWireAudio() = default;
+  ~PipeWireAudio();
+  PipeWireAudio(const PipeWireAudio&) = delete;
+  PipeWireAudio& operator=(const PipeWireAudio&) = delete;
+};
+
+namespace {
+
+constexpr int answersNeeded = 2;
+
+void ask(PipeWireAudio& audio) {
+  audio.question = Question{pw_core_sync(audio.core, PW_ID_CORE, 0), systemUptime()};
+}
+
+void disconnect(PipeWireAudio& audio) {
+  if (audio.core == nullptr) return;
+  audio.nodes.clear();
+  audio.clients.clear();
+  if (audio.registry != nullptr) {
+    spa_hook_remove(&audio.registryListener);
+    pw_proxy_destroy(reinterpret_cast<pw_proxy*>(audio.registry));
+    audio.registry = nullptr;
+  }
+  spa_hook_remove(&audio.coreListener);
+  pw_core_disconnect(audio.core);
+  audio.core = nullptr;
+  audio.graph = {};
+  audio.answers = 0;
+  audio.silent = false;
+  audio.question.reset();
+  audio.lost = false;
+}
+
+// Lets the library run the callbacks of what has arrived. A connection cannot be ended from within
+// one of them, so one that was lost is ended here.
+void step(PipeWireAudio& audio) {
+  if (audio.stepping) return;
+  audio.stepping = true;
+  pw_loop_enter(audio.loop);
+  for (int i = 0; i < mostSteps && pw_loop_iterate(audio.loop, 0) > 0 && !audio.lost; ++i) {
+  }
+  pw_loop_leave(audio.loop);
+  audio.stepping = false;
+  if (audio.lost) disconnect(audio);
+}
+
+void onNodeInfo(void* data, const pw_node_info* info) {
+  const auto& bound = *static_cast<Bound*>(data);
+  GraphObject& node = bound.audio->graph.nodes[bound.number];
+  node.told = true;
+  node.running = info->state == PW_NODE_STATE_RUNNING;
+  if ((info->change_mask & PW_NODE_CHANGE_MASK_PROPS) != 0) {
+    mergeProperties(node.properties, propertiesOf(info->props));
+  }
+}
+
+void onClientInfo(void* data, const pw_client_info* info) {
+  const auto& bound = *static_cast<Bound*>(data);
+  GraphObject& client = bound.audio->graph.clients[bound.number];
+  client.told = true;
+  if ((info->change_mask & PW_CLIENT_CHANGE_MASK_PROPS) != 0) {
+    mergeProperties(client.properties, propertiesOf(info->props));
+  }
+}
+
+const pw_node_events& nodeEvents() {
+  static const pw_node_events events = [] {
+    pw_node_events made{};
+    made.version = PW_VERSION_NODE_EVENTS;
+    made.info = onNodeInfo;
+    return made;
+  }();
+  return events;
+}
+
+const pw_client_events& clientEvents() {
+  static const pw_client_events events = [] {
+    pw_client_events made{};
+    made.version = PW_VERSION_CLIENT_EVENTS;
+    made.info = onClientInfo;
+    return made;
+  }();
+  return events;
+}
+
+void onGlobal(void* data, std::uint32_t number, std::uint32_t /*permissions*/, const char* type,
+              std::uint32_t /*version*/, const spa_dict* announced) {
+  auto& audio = *static_cast<PipeWireAudio*>(data);
+  const bool isNode = std::string_view(type) == PW_TYPE_INTERFACE_Node;
+  if (!isNode && std::string_view(type) != PW_TYPE_INTERFACE_Client) return;
+  GraphObject object;
+  object.properties = propertiesOf(announced);
+  (isNode ? audio.graph.nodes : audio.graph.clients).insert_or_assign(number, std::move(object));
+
+  auto& bounds = isNode ? audio.nodes : audio.clients;
+  bounds.erase(number);
+  Bound& bound = bounds[number];
+  bound.audio = &audio;
+  bound.number = number;
+  bound.proxy = static_cast<pw_proxy*>(pw_registry_bind(
+      audio.registry, number, type,
+      isNode ? std::uint32_t{PW_VERSION_NODE} : std::uint32_t{PW_VERSION_CLIENT}, 0));
+  // Without a proxy the object never has its say, and nothing is known.
+  if (bound.proxy == nullptr) return;
+  if (isNode) {
+    pw_node_add_listener(reinterpret_cast<pw_node*>(bound.proxy), &bound.listener, &nodeEvents(),
+                         &bound);
+  } else {
+    pw_client_add_listener(reinterpret_cast<pw_client*>(bound.proxy), &bound.listener,
+                           &clientEvents(), &bound);
+  }
+}
+
+void onGlobalRemove(void* data, std::uint32_t number) {
+  auto& audio = *static_cast<PipeWireAudio*>(data);
+  audio.nodes.erase(number);
+  audio.clients.erase(number);
+  audio.graph.nodes.erase(number);
+  audio.graph.clients.erase(number);
+}
+
+void onDone(void* data, std::uint32_t id, int number) {
+  auto& audio = *static_cast<PipeWireAudio*>(data);
+  if (id != PW_ID_CORE || !audio.question || audio.question->number != number) return;
+  audio.question.reset();
+  audio.silent = false;
+  if (++audio.answers < answersNeeded) ask(audio);
+}
+
+// What is said of another object than the core concerns one that has just gone.
+void onError(void* data, std::uint32_t id, int /*number*/, int /*result*/, const char* /*text*/) {
+  if (id == PW_ID_CORE) static_cast<PipeWireAudio*>(data)->lost = true;
+}
+
+const pw_core_events& coreEvents() {
+  static const pw_core_events events = [] {
+    pw_core_events made{};
+    made.version = PW_VERSION_CORE_EVENTS;
+    made.done = onDone;
+    made.error = onError;
+    return made;
+  }();
+  return events;
+}
+
+const pw_registry_events& registryEvents() {
+  static const pw_registry_events events = [] {
+    pw_registry_events made{};
+    made.version = PW_VERSION_REGISTRY_EVENTS;
+    made.global = onGlobal;
+    made.global_remove = onGlobalRemove;
+    return made;
+  }();
+  return events;
+}
+
+}  // namespace
+
+PipeWireAudio::~PipeWireAudio() {
+  watch.reset();
+  disconnect(*this);
+  if (context != nullptr) pw_context_destroy(context);
+  if (loop != nullptr) pw_loop_destroy(loop);
+  pw_deinit();
+}
+
+void EndPipeWireAudio::operator()(PipeWireAudio* audio) const {
+  delete audio;
+}
+
+PipeWireAudioHandle makePipeWireAudio() {
+  pw_init(nullptr, nullptr);
+  // A server that comes and goes is no news for the person who reads standard error.
+  pw_log_set_level(SPA_LOG_LEVEL_NONE);
+  PipeWireAudioHandle audio(new PipeWireAudio);
+  audio->loop = pw_loop_new(nullptr);
+  if (audio->loop == nullptr) return nullptr;
+  // The usual configuration is for programs that have streams of their own, and loads what they
+  // need; to listen, the protocol is enough.
+  audio->context =
+      pw_context_new(audio->loop, pw_properties_new(PW_KEY_CONFIG_NAME, "null", nullptr), 0);
+  if (audio->context == nullptr) return nullptr;
+  // A context comes with a thread for the samples of streams.
+  pw_data_loop_stop(pw_context_get_data_loop(audio->context));
+  if (pw_context_load_module(audio->context, "libpipewire-module-protocol-native", nullptr,
+                             nullptr) == nullptr) {
+    return nullptr;
+  }
+  audio->watch =
+      watchDescriptor(pw_loop_get_fd(audio->loop), EPOLLIN, [here = audio.get()] { step(*here); });
+  return audio;
+}
+
+void connectPipeWire(PipeWireAudio& audio) {
+  if (audio.core != nullptr) return;
+  audio.core = pw_context_connect(audio.context, nullptr, 0);
+  if (audio.core == nullptr) return;
+  pw_core_add_listener(audio.core, &audio.coreListener, &coreEvents(), &audio);
+  audio.registry = pw_core_get_registry(audio.core, PW_VERSION_REGISTRY, 0);
+  if (audio.registry == nullptr) {
+    disconnect(audio);
+    return;
+  }
+  pw_registry_add_listener(audio.registry, &audio.registryListener, &registryEvents(), &audio);
+  ask(audio);
+}
+
+void hearPipeWire(PipeWireAudio& audio) {
+  step(audio);
+  if (audio.core == nullptr) return;
+  if (!audio.question) {
+    ask(audio);
+  } else if (systemUptime() - audio.question->askedAt > answerLimit) {
+    audio.silent = true;
+  }
+}
+
+Hearing pipeWireHearing(const PipeWireAudio& audio) {
+  if (audio.core == nullptr) return Hearing::absent;
+  if (audio.silent) return Hearing::silent;
+  return audio.answers < answersNeeded ? Hearing::learning : Hearing::known;
+}
+
+const PipeWireGraph& pipeWireGraph(const PipeWireAudio& audio) {
+  return audio.graph;
+}
+
+}  // namespace callmonitor::platform
