@@ -22,7 +22,7 @@ _ANSWER_BOUND = 20
 class Browser:
     """A running browser with one window; `tab` is the tab it opened with."""
 
-    def __init__(self, desktop, pages, url, name="browser"):
+    def __init__(self, desktop, pages, url, name="browser", flags=()):
         self._desktop = desktop
         self._name = name
         self._profile = os.path.join(desktop.directory, name)
@@ -34,7 +34,7 @@ class Browser:
             f"--host-resolver-rules=MAP {MEET_HOST}:443 127.0.0.1:{pages.port},"
             "MAP * ~NOTFOUND,EXCLUDE 127.0.0.1",
             f"--user-data-dir={self._profile}", "--remote-debugging-port=0",
-            *(["--no-sandbox"] if os.geteuid() == 0 else []), url])
+            *(["--no-sandbox"] if os.geteuid() == 0 else []), *flags, url])
         self._port = int(waitUntil("the browser opens its debugging port", self._announcedPort))
         self.tab = waitUntil("the browser opens its first page", lambda: self._firstTab(url))
 

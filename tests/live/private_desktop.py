@@ -55,8 +55,8 @@ _SOUND_PROGRAMS = {
                         "--high-priority=no", "--disable-shm=yes",
                         "--load=module-native-protocol-unix"], "pulse/native"),),
 }
-# The speaker and the microphone of each, as modules of the server. Browsers do not count the monitor
-# of a sink as a microphone, so the microphone is a source in its own right.
+# The speaker and the microphone of each, as modules of the server. Browsers do not count the
+# monitor of a sink as a microphone, so the microphone is a source in its own right.
 _SOUND_DEVICES = {
     "pipewire": (
         ("module-null-sink", "sink_name=speaker"),

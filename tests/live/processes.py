@@ -120,6 +120,10 @@ class Processes:
         """Says whether the process of that name was started and has not ended."""
         return name in self._started and self._started[name].poll() is None
 
+    def pid(self, name):
+        """Gives the process id of a process that was started under that name."""
+        return self._started[name].pid
+
     def mustRun(self, name):
         """Raises an error that carries the end of its log if the process has ended."""
         if not self.running(name):

@@ -3,12 +3,14 @@
 
 #include "platform/linux/application_memory.h"
 #include "platform/linux/pipewire_audio.h"
+#include "platform/linux/pulse_audio.h"
 #include "platform/linux/run_loop.h"
 
 namespace callmonitor::platform {
 
 struct AudioHearing {
   PipeWireAudioHandle pipewire;  // null until it was begun, and where the library cannot be used
+  PulseAudioHandle pulse;        // null until PulseAudio's socket has to be asked
   LoopSourceHandle connecting;
   // Every process that has owned a stream and still lives, whichever server it was a client of.
   KnownApplications owners;

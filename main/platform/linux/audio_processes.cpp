@@ -17,23 +17,52 @@ namespace {
 // Seconds between two attempts to reach a server that is not there.
 constexpr double attemptPeriod = 1.0;
 
-void connectServers(AudioHearing& hearing) {
-  if (hearing.pipewire) connectPipeWire(*hearing.pipewire);
-}
-
-// All streams that there are, as of now; absent while that is not known.
-std::optional<std::vector<AudioStream>> heardStreams(AudioHearing& hearing) {
+ServersHeard serversHeard(const AudioHearing& hearing) {
   ServersHeard heard;
   if (hearing.pipewire) {
-    hearPipeWire(*hearing.pipewire);
     const PipeWireGraph& graph = pipeWireGraph(*hearing.pipewire);
     heard.pipewire = pipeWireHearing(*hearing.pipewire);
     heard.pipewireServesPulse = servesPulse(graph);
     heard.pipewireHasDevices = hasDevices(graph);
   }
-  const ServersBelieved believed = serversBelieved(heard);
+  if (hearing.pulse) {
+    heard.pulse = pulseHearing(*hearing.pulse);
+    heard.pulseIsPipewire = isPipeWireName(pulseSnapshot(*hearing.pulse).serverName);
+  }
+  return heard;
+}
+
+// A PipeWire that has just come up may yet turn out not to hear PulseAudio's clients, so a
+// connection to PulseAudio goes only when it is known to be needless.
+void connectServers(AudioHearing& hearing) {
+  if (hearing.pipewire) connectPipeWire(*hearing.pipewire);
+  const ServersHeard heard = serversHeard(hearing);
+  if (pulseMatters(heard)) {
+    if (!hearing.pulse) hearing.pulse = makePulseAudio();
+    if (hearing.pulse) connectPulse(*hearing.pulse);
+  } else if (hearing.pulse && heard.pipewire == Hearing::known) {
+    disconnectPulse(*hearing.pulse);
+  }
+}
+
+// All streams that there are, as of now; absent while that is not known.
+std::optional<std::vector<AudioStream>> heardStreams(AudioHearing& hearing) {
+  if (hearing.pipewire) hearPipeWire(*hearing.pipewire);
+  if (hearing.pulse) hearPulse(*hearing.pulse);
+  const ServersBelieved believed = serversBelieved(serversHeard(hearing));
   if (!believed.pipewire && !believed.pulse) return std::nullopt;
-  return streamsOf(pipeWireGraph(*hearing.pipewire));
+  std::vector<AudioStream> streams;
+  if (believed.pipewire) {
+    auto native = streamsOf(pipeWireGraph(*hearing.pipewire));
+    if (!native) return std::nullopt;
+    streams = std::move(*native);
+  }
+  if (believed.pulse) {
+    const auto others = streamsOf(pulseSnapshot(*hearing.pulse));
+    if (!others) return std::nullopt;
+    streams.insert(streams.end(), others->begin(), others->end());
+  }
+  return streams;
 }
 
 }  // namespace

@@ -17,8 +17,9 @@ struct EndLoopSource {
 using LoopSourceHandle = std::unique_ptr<LoopSource, EndLoopSource>;
 
 // Calls `ready` whenever the descriptor is ready for any of `events` (EPOLLIN, EPOLLOUT), has hung
-// up or has failed. The handle must go before the descriptor is closed. Null when the kernel has no
-// room for it: the caller then learns what is new only when it looks by itself.
+// up or has failed. The handle must go before a closed descriptor's number can be another's. Null
+// when the kernel has no room for it: the caller then learns what is new only when it looks by
+// itself.
 [[nodiscard]] LoopSourceHandle watchDescriptor(int descriptor, std::uint32_t events,
                                                std::function<void()> ready);
 

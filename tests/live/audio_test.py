@@ -1,0 +1,284 @@
+"""Who captures and who plays, as real sound servers tell of it."""
+
+import os
+import signal
+import tempfile
+import unittest
+import wave
+
+from browser import Browser
+from meeting_pages import MeetingPages
+from private_desktop import PrivateDesktop
+from sound import Heard, SoundClient
+from story import LANDING_ADDRESS
+from waiting import waitUntil
+
+# Enough answers for whatever could still change to have changed.
+_SETTLED = 8
+# Seconds that one answer may take at most: far more than it does, far less than a server that
+# hangs would make it take.
+_ANSWER_BOUND = 0.3
+
+
+class SoundCase(unittest.TestCase):
+    """A desktop with a sound server for all tests of a class, and a listener for each test."""
+
+    part = "sound"
+    server = "pipewire"
+
+    @classmethod
+    def setUpClass(cls):
+        cls.desktop = cls.enterClassContext(PrivateDesktop(parts=("session bus", cls.part)))
+
+    def setUp(self):
+        self.heard = self.enterContext(Heard(self.desktop))
+        self.heard.waitFor("nobody is heard", [])
+
+    def tearDown(self):
+        lines = list(self.heard.lines)
+        self.assertEqual({line["threads"] for line in lines}, {1})
+        self.assertEqual({line["pipeSignalEnds"] for line in lines}, {True})
+        self.assertLess(max(line["seconds"] for line in lines), _ANSWER_BOUND)
+
+    def client(self, *arguments, name="client"):
+        """Starts a program with one stream; it ends with the test."""
+        client = SoundClient(self.desktop, name, *arguments)
+        self.addCleanup(client.close)
+        return client
+
+    def start(self, name, *command, environment=None):
+        """Starts a program on the desktop; it ends with the test."""
+        if environment:
+            command = ("env", *(f"{key}={value}" for key, value in environment.items()), *command)
+        process = self.desktop.start(name, list(command))
+        self.addCleanup(self.desktop.processes.stop, name)
+        return process
+
+    def assertHeardFromNowOn(self, expected):
+        """Asserts that nothing but this is heard in some answers from now on."""
+        self.heard.waitFor(f"{expected} is heard", expected)
+        self.assertEqual(self.heard.waitForAnswers(_SETTLED), [expected] * _SETTLED)
+
+    def mainProgram(self):
+        """The process id of the server itself."""
+        return self.desktop.processes.pid(self.server)
+
+
+class BothServers:
+    """What is true whichever sound server runs."""
+
+    def test_a_program_that_records_has_input(self):
+        self.start("recorder", "parec", "--device=virtmic", "/dev/null")
+        self.assertHeardFromNowOn([("pacat", True, False)])
+
+    def test_a_program_that_plays_has_output(self):
+        self.start("player", "pacat", "/dev/zero")
+        self.assertHeardFromNowOn([("pacat", False, True)])
+
+    def test_a_program_that_has_ended_is_in_the_list_no_more(self):
+        self.start("player", "pacat", "/dev/zero")
+        self.heard.waitFor("it is heard", [("pacat", False, True)])
+        self.desktop.processes.stop("player")
+        self.assertHeardFromNowOn([])
+
+    def test_a_paused_stream_has_an_entry_that_runs_nothing(self):
+        for direction, expected in (("record", (True, False)), ("play", (False, True))):
+            with self.subTest(direction):
+                client = self.client(direction)
+                self.heard.waitFor("it runs", [("sound_client", *expected)])
+                client.order("pause")
+                self.assertHeardFromNowOn([("sound_client", False, False)])
+                client.order("go on")
+                self.heard.waitFor("it runs again", [("sound_client", *expected)])
+                client.close()
+                self.heard.waitFor("its process has ended", [])
+
+    def test_an_ended_stream_leaves_an_entry_while_its_process_lives(self):
+        client = self.client("record")
+        self.heard.waitFor("it runs", [("sound_client", True, False)])
+        client.order("end")
+        self.assertHeardFromNowOn([("sound_client", False, False)])
+        client.close()
+        self.assertHeardFromNowOn([])
+
+    def test_level_meters_and_recordings_of_what_is_played_are_nobodys_microphone(self):
+        self.client("record", "meter", name="meter-of-microphone")
+        self.client("record", "meter", "speaker.monitor", name="meter-of-speaker")
+        self.start("monitor", "parec", "--device=speaker.monitor", "/dev/null")
+        # What is heard after the others were started proves that those were taken notice of.
+        self.client("record", name="microphone")
+        self.assertHeardFromNowOn([("sound_client", True, False)])
+
+    def test_the_inside_of_virtual_devices_is_nobodys(self):
+        modules = [("module-remap-source", "master=virtmic", "source_name=remapped"),
+                   ("module-loopback", "source=virtmic", "sink=speaker")]
+        for module in modules:
+            number = self.desktop.query("pactl", "load-module", *module).strip()
+            self.assertTrue(number, module)
+            self.addCleanup(self.desktop.query, "pactl", "unload-module", number)
+        self.client("record", "remapped")
+        self.assertHeardFromNowOn([("sound_client", True, False)])
+
+    def test_a_stream_whose_process_is_unknown_is_nobodys(self):
+        self.start("player", "pacat", "/dev/zero",
+                   environment={"PULSE_PROP_OVERRIDE": "application.process.id=none"})
+        self.client("record")
+        self.assertHeardFromNowOn([("", False, True), ("sound_client", True, False)])
+
+    def test_a_server_that_dies_and_comes_back_is_not_known_in_between(self):
+        self.client("record")
+        self.heard.waitFor("it runs", [("sound_client", True, False)])
+        os.kill(self.mainProgram(), signal.SIGKILL)
+        self.assertHeardFromNowOn("absent")
+        # The sockets that the dead server left behind are still there.
+        with Heard(self.desktop, "late-listener") as late:
+            self.assertEqual(late.waitForAnswers(_SETTLED), ["absent"] * _SETTLED)
+        self.desktop.stopSound(self.server)
+        self.desktop.startSound(self.server)
+        # The stream went with the server, its program did not.
+        self.assertHeardFromNowOn([("sound_client", False, False)])
+        self.client("play", name="new-client")
+        self.heard.waitFor("the new server is heard",
+                           [("sound_client", False, False), ("sound_client", False, True)])
+
+    def test_a_server_that_hangs_delays_nothing_and_is_not_known(self):
+        self.client("record")
+        self.heard.waitFor("it runs", [("sound_client", True, False)])
+        server = self.mainProgram()
+        os.kill(server, signal.SIGSTOP)
+        try:
+            self.assertHeardFromNowOn("absent")
+            with Heard(self.desktop, "late-listener") as late:
+                self.assertEqual(late.waitForAnswers(_SETTLED), ["absent"] * _SETTLED)
+                self.assertLess(max(line["seconds"] for line in late.lines), _ANSWER_BOUND)
+        finally:
+            os.kill(server, signal.SIGCONT)
+        self.assertHeardFromNowOn([("sound_client", True, False)])
+
+
+class PipeWire(BothServers, SoundCase):
+    """PipeWire, with its service for PulseAudio's clients."""
+
+    def silence(self):
+        """The path of a minute of silence."""
+        path = os.path.join(self.desktop.directory, "silence.wav")
+        with wave.open(path, "wb") as file:
+            file.setnchannels(1)
+            file.setsampwidth(2)
+            file.setframerate(8000)
+            file.writeframes(bytes(2 * 8000 * 60))
+        return path
+
+    def test_a_native_recorder_has_input(self):
+        self.start("recorder", "pw-record", "--target=virtmic",
+                   os.path.join(self.desktop.directory, "recorded.wav"))
+        self.assertHeardFromNowOn([("pw-cat", True, False)])
+
+    def test_a_native_player_has_output(self):
+        self.start("player", "pw-play", self.silence())
+        self.assertHeardFromNowOn([("pw-cat", False, True)])
+
+    def test_a_native_recording_of_what_is_played_is_nobodys_microphone(self):
+        self.start("monitor", "pw-record", "-P", '{ "stream.capture.sink": true }',
+                   os.path.join(self.desktop.directory, "monitored.wav"))
+        self.start("loopback", "pw-loopback")
+        self.start("player", "pw-play", self.silence())
+        self.assertHeardFromNowOn([("pw-cat", False, True)])
+
+    def test_a_hung_service_for_other_clients_hides_no_native_one(self):
+        service = self.desktop.processes.pid("pipewire-pulse")
+        os.kill(service, signal.SIGSTOP)
+        try:
+            self.start("player", "pw-play", self.silence())
+            self.assertHeardFromNowOn([("pw-cat", False, True)])
+        finally:
+            os.kill(service, signal.SIGCONT)
+
+
+class PulseAudio(BothServers, SoundCase):
+    """PulseAudio where no PipeWire runs."""
+
+    part = "pulse sound"
+    server = "pulseaudio"
+
+    def test_no_sound_passes_through_a_suspended_microphone(self):
+        self.client("record")
+        self.heard.waitFor("it runs", [("sound_client", True, False)])
+        self.desktop.query("pactl", "suspend-source", "virtmic", "1")
+        try:
+            self.assertHeardFromNowOn([("sound_client", False, False)])
+        finally:
+            self.desktop.query("pactl", "suspend-source", "virtmic", "0")
+        self.heard.waitFor("it runs again", [("sound_client", True, False)])
+
+
+class PulseAudioBesidePipeWire(SoundCase):
+    """PulseAudio has the sound, and PipeWire runs for the sharing of screens only."""
+
+    part = "pulse sound"
+    server = "pulseaudio"
+
+    def test_pulseaudio_is_heard_until_it_dies_and_then_it_is_not_known(self):
+        self.start("pipewire", "pipewire")
+        waitUntil("PipeWire runs", lambda: self.desktop.query("pw-cli", "info", "0"))
+        self.client("record")
+        expected = [("sound_client", True, False)]
+        self.heard.waitFor("the listener that was there before PipeWire hears it", expected)
+        with Heard(self.desktop, "late-listener") as late:
+            late.waitFor("a listener that finds both hears it", expected)
+            self.assertEqual(late.waitForAnswers(_SETTLED), [expected] * _SETTLED)
+        self.assertHeardFromNowOn(expected)
+        os.kill(self.mainProgram(), signal.SIGKILL)
+        self.assertHeardFromNowOn("absent")
+
+
+class BrowserSound:
+    """A browser's sound, which all belongs to one of its helpers."""
+
+    part = "sound"
+
+    @classmethod
+    def setUpClass(cls):
+        directory = cls.enterClassContext(tempfile.TemporaryDirectory())
+        pages = cls.enterClassContext(MeetingPages(directory))
+        cls.desktop = cls.enterClassContext(PrivateDesktop(parts=(
+            "display", "session bus", "accessibility bus", "window manager", cls.part)))
+        cls.browser = Browser(cls.desktop, pages, LANDING_ADDRESS, flags=(
+            "--use-fake-ui-for-media-stream", "--autoplay-policy=no-user-gesture-required"))
+        cls.addClassCleanup(cls.browser.close)
+
+    def capture(self):
+        """Lets the page use the microphone."""
+        tab = self.browser.tab
+        tab.evaluate("navigator.mediaDevices.getUserMedia({audio: true}).then("
+                     "stream => { window.captured = stream; },"
+                     "error => { window.captured = String(error); }); 0")
+        waitUntil("the page has an answer", lambda: tab.evaluate("window.captured !== undefined"))
+        self.assertEqual(tab.evaluate("String(window.captured)"), "[object MediaStream]")
+
+    def test_a_page_that_captures_and_plays_is_its_browsers_input_and_output(self):
+        tab = self.browser.tab
+        with Heard(self.desktop) as heard:
+            heard.waitFor("nobody is heard", [])
+            self.capture()
+            heard.waitFor("it captures", [("com.google.Chrome", True, False)])
+            tab.evaluate("window.context = new AudioContext();"
+                         "window.tone = new OscillatorNode(context);"
+                         "tone.connect(context.destination); tone.start(); 0")
+            heard.waitFor("it captures and plays", [("com.google.Chrome", True, True)])
+            tab.evaluate("captured.getTracks().forEach(track => track.stop()); 0")
+            heard.waitFor("it plays", [("com.google.Chrome", False, True)])
+            tab.evaluate("context.close(); 0")
+            heard.waitFor("it is silent", [("com.google.Chrome", False, False)])
+            self.assertEqual(heard.waitForAnswers(_SETTLED),
+                             [[("com.google.Chrome", False, False)]] * _SETTLED)
+
+
+class BrowserOnPipeWire(BrowserSound, unittest.TestCase):
+    """The browser's sound goes through PipeWire's service for PulseAudio's clients."""
+
+
+class BrowserOnPulseAudio(BrowserSound, unittest.TestCase):
+    """The browser's sound goes to PulseAudio."""
+
+    part = "pulse sound"
