@@ -51,6 +51,8 @@ TEST_F(WindowWalk, AWindowOfAnotherProcesssCallHasNoPrecedence) {
   start(42, "us.zoom.xos", windows({"a", "b"}));
   track(43, {"zoom", "zoom:native-1"}, "b", "b");
   EXPECT_EQ(scanned(), (Names{"a", "b"}));
+  track(42, {"zoom", "zoom:native-2"}, "b", "b");
+  EXPECT_EQ(scanned(), (Names{"b", "a"})) << "nor does it hide a call of the process itself";
 }
 
 TEST_F(WindowWalk, TheNumberOfWindowsHasNoLimit) {
