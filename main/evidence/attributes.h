@@ -38,7 +38,7 @@ inline constexpr std::string_view enhancedUserInterface = "AXEnhancedUserInterfa
 inline constexpr double messageTimeout = 0.2;
 
 // No element has more of its children read.
-inline constexpr std::size_t childCap = 100;
+inline constexpr std::size_t childCap = platform::walkChildCap;
 
 // The roles that more than one rule looks at.
 inline constexpr std::string_view webAreaRole = "AXWebArea";  // a page in a browser or web client

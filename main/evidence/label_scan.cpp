@@ -45,7 +45,7 @@ bool nativeZoomMeetingTitle(std::string_view title) {
 Evidence labels(const Element& root, bool browser, bool nativeZoomWindow,
                 bool nativeZoomPreviewRecovery, double pollDeadline) {
   const double deadline = std::min(platform::systemUptime() + labelScanSeconds, pollDeadline);
-  platform::expectScan(root, deadline);
+  platform::expectScan(root, deadline, labelScanBudget);
   return scanAttributes(
       root, {browser, nativeZoomWindow, nativeZoomPreviewRecovery}, labelScanBudget,
       [deadline] { return platform::systemUptime() < deadline; },

@@ -53,6 +53,7 @@ template <class Node, class WithinDeadline, class Read>
 // (uptime seconds).
 [[nodiscard]] inline WebAreas<Element> webAreas(const Element& start, double pollDeadline) {
   const double deadline = std::min(platform::systemUptime() + webAreaSearchSeconds, pollDeadline);
+  platform::expectSearch(start, deadline, webAreaBudget);
   return searchWebAreas(
       start, [deadline] { return platform::systemUptime() < deadline; }, platform::readAttribute);
 }

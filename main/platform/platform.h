@@ -135,9 +135,22 @@ void inCycle(const std::function<void()>& cycle);
 // Sets one Boolean attribute and gives the result code.
 [[nodiscard]] std::int32_t setAttribute(const Element& element, std::string_view name, bool value);
 
-// A hint that a depth-first walk of `root` starts now and ends no later than `deadline` (uptime
-// seconds). Changes nothing about what reads answer; a platform may ignore it.
-void expectScan(const Element& root, double deadline);
+// No walk descends into more children of one element than this.
+inline constexpr std::size_t walkChildCap = 100;
+
+// Hints that a depth-first walk of `root` starts now. It ends no later than `deadline` (uptime
+// seconds) and takes at most `budget` elements. The first thing it takes is the root. Of the
+// elements it knows it always takes the one that it came to know last, and having read the
+// "AXChildren" of the element that it took, it knows the first `walkChildCap` of them in their
+// order: so the last child comes first. It may leave a subtree out or stop. It reads all it wants
+// of an element, each attribute once, before it takes another. A second hint ends the first walk.
+//
+// Neither changes anything about what reads answer, and a platform may ignore them.
+//
+// A scan reads what an element says, down to its "AXChildren".
+void expectScan(const Element& root, double deadline, int budget);
+// A search reads no more than "AXHidden", "AXRole" and "AXChildren".
+void expectSearch(const Element& root, double deadline, int budget);
 
 // The windows on the screen, without desktop elements. Absent when the list cannot be had.
 [[nodiscard]] std::optional<std::vector<OnScreenWindow>> onScreenWindows();

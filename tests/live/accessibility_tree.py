@@ -31,6 +31,10 @@ class AccessibilityTree:
         """Gives the names of all elements below `root`."""
         return [name for name in (self.name(element) for element in self._walk(root)) if name]
 
+    def below(self, root):
+        """Gives the elements below `root`."""
+        return list(self._walk(root))[1:]
+
     def addresses(self, root):
         """Gives the addresses of the pages that stand below `root`."""
         return [self._address(element) for element in self._walk(root)

@@ -1,10 +1,8 @@
-// sd-bus waits without limit while a connection is being made, so that wait has a loop of its own.
-// Everything after it is bounded by the library's own time limit of a call.
+// Outside the pipeline, messages are bounded by the library's own time limit of a call.
 #include "platform/linux/accessibility_bus.h"
 
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 
@@ -12,8 +10,6 @@
 
 namespace callmonitor::platform {
 namespace {
-
-using BusConnection = std::unique_ptr<sd_bus, AccessibilityBus::Close>;
 
 constexpr const char* statusInterface = "org.a11y.Status";
 
@@ -28,23 +24,8 @@ std::string sessionBusAddress() {
 }
 
 // Null when nothing answers at the address within the limit.
-BusConnection openBus(const std::string& address) {
-  sd_bus* made = nullptr;
-  if (sd_bus_new(&made) < 0) return nullptr;
-  BusConnection bus(made);
-  if (sd_bus_set_address(made, address.c_str()) < 0 || sd_bus_set_bus_client(made, 1) < 0 ||
-      sd_bus_start(made) < 0) {
-    return nullptr;
-  }
-  const double deadline = systemUptime() + static_cast<double>(messageLimit) / 1e6;
-  while (sd_bus_is_ready(made) == 0) {
-    const int processed = sd_bus_process(made, nullptr);
-    if (processed < 0) return nullptr;
-    if (processed > 0) continue;
-    const double left = deadline - systemUptime();
-    if (left <= 0 || sd_bus_wait(made, static_cast<std::uint64_t>(left * 1e6)) < 0) return nullptr;
-  }
-  return sd_bus_is_ready(made) > 0 ? std::move(bus) : nullptr;
+BusConnection openBusSoon(const std::string& address) {
+  return openBus(address, FarEnd::bus, systemUptime() + static_cast<double>(messageLimit) / 1e6);
 }
 
 BusMessage callOn(sd_bus* bus, BusMessage message) {
@@ -88,17 +69,31 @@ void enableAccessibility(sd_bus* session) {
   callOn(session, std::move(set));
 }
 
+// An application that was late once would be late again, and again cost its whole limit.
+BusReply overdue(AccessibilityBus& bus, const BusTarget& target) {
+  if (bus.rememberSilent) bus.silent.insert(target.object.bus);
+  if (leadsTo(bus.pipeline, target.object.bus)) closePipeline(bus.pipeline);
+  return {code::cannotComplete, {}};
+}
+
+// That a connection ended says nothing about the elements behind it.
+BusReply lost(AccessibilityBus& bus) {
+  if (bus.pipeline.end == FarEnd::bus) bus.connection.reset();
+  closePipeline(bus.pipeline);
+  return {code::cannotComplete, {}};
+}
+
 }  // namespace
 
 bool ensureConnected(AccessibilityBus& bus) {
   if (bus.connection && sd_bus_is_open(bus.connection.get()) > 0) return true;
   bus.connection.reset();
-  const BusConnection session = openBus(sessionBusAddress());
+  const BusConnection session = openBusSoon(sessionBusAddress());
   if (!session) return false;
   const std::string address = accessibilityBusAddress(session.get());
   if (address.empty()) return false;
   if (bus.mayEnable) enableAccessibility(session.get());
-  bus.connection = openBus(address);
+  bus.connection = openBusSoon(address);
   if (!bus.connection) return false;
   // That the bus was late once says nothing about the new connection.
   bus.silent.erase(busDaemon().object.bus);
@@ -118,41 +113,29 @@ bool busAnswers(AccessibilityBus& bus) {
 }
 
 void discardUnasked(AccessibilityBus& bus) {
-  // Bounded, for an application may send without end.
-  constexpr int most = 1000;
-  for (int count = 0; bus.connection && count < most; ++count) {
-    const int processed = sd_bus_process(bus.connection.get(), nullptr);
-    if (processed < 0) bus.connection.reset();
-    if (processed <= 0) return;
+  if (bus.connection && !discardArrived(bus.connection.get())) bus.connection.reset();
+}
+
+BusMessage callTo(const AccessibilityBus& bus, const ObjectName& object, const char* interface,
+                  const char* member) {
+  if (leadsTo(bus.pipeline, object.bus)) {
+    return newCall(bus.pipeline.connection.get(), object, interface, member, bus.pipeline.end);
   }
+  return newCall(bus.connection.get(), object, interface, member);
 }
 
-BusMessage newCall(sd_bus* connection, const ObjectName& object, const char* interface,
-                   const char* member) {
-  sd_bus_message* message = nullptr;
-  if (connection == nullptr ||
-      sd_bus_message_new_method_call(connection, &message, object.bus.c_str(), object.path.c_str(),
-                                     interface, member) < 0) {
-    return {};
-  }
-  return BusMessage(message);
-}
-
-std::optional<std::uint64_t> timeFor(const BusTarget& target, double now) {
-  if (!target.deadline) return target.limit;
-  const double left = (*target.deadline - now) * 1e6;
-  // Less than a microsecond would be zero, which the library takes for its own long limit.
-  if (left < 1) return std::nullopt;
-  return std::min(target.limit, static_cast<std::uint64_t>(left));
-}
-
-BusReply send(AccessibilityBus& bus, const BusTarget& target, BusMessage message) {
+BusReply send(AccessibilityBus& bus, const BusTarget& target, const char* member,
+              BusMessage message) {
   if (!bus.connection || bus.silent.contains(target.object.bus)) return {code::cannotComplete, {}};
   const auto limit = timeFor(target, systemUptime());
-  if (!limit) {
-    if (bus.rememberSilent) bus.silent.insert(target.object.bus);
-    return {code::cannotComplete, {}};
+  if (!limit) return overdue(bus, target);
+  if (leadsTo(bus.pipeline, target.object.bus)) {
+    if (!submit(bus.pipeline, target.object, member, std::move(message), bus.observer)) {
+      return lost(bus);
+    }
+    return awaitReply(bus, target, member);
   }
+  if (bus.observer) bus.observer(target.object, member);
   sd_bus_error error{};
   sd_bus_message* reply = nullptr;
   const int result = sd_bus_call(bus.connection.get(), message.get(), *limit, &error, &reply);
@@ -160,16 +143,35 @@ BusReply send(AccessibilityBus& bus, const BusTarget& target, BusMessage message
 
   std::int32_t outcome = error.name != nullptr ? codeOfBusError(error.name) : code::failure;
   const bool late = result == -ETIMEDOUT || (error.name != nullptr && isTimeout(error.name));
-  if (late) {
-    outcome = code::cannotComplete;
-    if (bus.rememberSilent) bus.silent.insert(target.object.bus);
-  }
+  if (late) outcome = overdue(bus, target).code;
   if (sd_bus_is_open(bus.connection.get()) <= 0) {
     outcome = code::cannotComplete;
     bus.connection.reset();
   }
   sd_bus_error_free(&error);
   return {outcome, {}};
+}
+
+BusReply awaitReply(AccessibilityBus& bus, const BusTarget& target, const char* member) {
+  if (bus.silent.contains(target.object.bus)) return {code::cannotComplete, {}};
+  const auto limit = timeFor(target, systemUptime());
+  if (!limit) return overdue(bus, target);
+  BusMessage reply;
+  switch (takeReply(bus.pipeline, target.object, member, *limit, reply)) {
+    case Waited::late:
+      return overdue(bus, target);
+    case Waited::lost:
+      return lost(bus);
+    case Waited::answered:
+      break;
+  }
+  if (sd_bus_message_is_method_error(reply.get(), nullptr) <= 0) {
+    return {code::success, std::move(reply)};
+  }
+  const sd_bus_error* error = sd_bus_message_get_error(reply.get());
+  const bool named = error != nullptr && error->name != nullptr;
+  if (named && isTimeout(error->name)) return overdue(bus, target);
+  return {named ? codeOfBusError(error->name) : code::failure, {}};
 }
 
 }  // namespace callmonitor::platform

@@ -9,6 +9,7 @@ namespace callmonitor::platform {
 namespace {
 
 constexpr const char* accessible = "org.a11y.atspi.Accessible";
+constexpr const char* propertiesInterface = "org.freedesktop.DBus.Properties";
 constexpr std::string_view nullPath = "/org/a11y/atspi/null";
 
 // A reply that cannot be unpacked is a failure like any other.
@@ -74,6 +75,20 @@ bool unpackProperty(sd_bus_message* message, std::string_view key, ObjectPropert
 
 }  // namespace
 
+bool putAhead(AccessibilityBus& bus, const ObjectName& object, Question question) {
+  switch (question) {
+    case Question::states:
+      return askAhead(bus, object, accessible, "GetState");
+    case Question::role:
+      return askAhead(bus, object, accessible, "GetRole");
+    case Question::properties:
+      return askAhead(bus, object, propertiesInterface, "GetAll", "s", accessible);
+    case Question::attributes:
+      return askAhead(bus, object, accessible, "GetAttributes");
+  }
+  return false;
+}
+
 Answer<std::uint32_t> readRole(AccessibilityBus& bus, const BusTarget& target) {
   const BusReply reply = call(bus, target, accessible, "GetRole");
   if (reply.code != code::success) return {reply.code, 0};
@@ -96,8 +111,7 @@ Answer<std::uint64_t> readStates(AccessibilityBus& bus, const BusTarget& target)
 }
 
 Answer<ObjectProperties> readProperties(AccessibilityBus& bus, const BusTarget& target) {
-  const BusReply reply =
-      call(bus, target, "org.freedesktop.DBus.Properties", "GetAll", "s", accessible);
+  const BusReply reply = call(bus, target, propertiesInterface, "GetAll", "s", accessible);
   if (reply.code != code::success) return {reply.code, {}};
   sd_bus_message* message = reply.message.get();
   ObjectProperties properties;
@@ -156,6 +170,10 @@ Answer<Extents> readExtents(AccessibilityBus& bus, const BusTarget& target) {
   const bool good = sd_bus_message_read(reply.message.get(), "(iiii)", &extents.x, &extents.y,
                                         &extents.width, &extents.height) > 0;
   return unpacked(good, extents);
+}
+
+Answer<std::string> readOwnAddress(AccessibilityBus& bus, const BusTarget& root) {
+  return textOf(call(bus, root, "org.a11y.atspi.Application", "GetApplicationBusAddress"));
 }
 
 Answer<std::int32_t> readProcess(AccessibilityBus& bus, const std::string& busName) {

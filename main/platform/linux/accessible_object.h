@@ -33,6 +33,13 @@ struct ObjectProperties {
   std::optional<ObjectAttributes> attributes;  // absent when the toolkit tells them only on demand
 };
 
+// What can be asked about an object ahead of the read that wants it.
+enum class Question { states, role, properties, attributes };
+
+// Puts the question under way in the bus's pipeline, which must lead to the object; the function
+// below that asks it then takes that reply. False when it could not be sent.
+bool putAhead(AccessibilityBus& bus, const ObjectName& object, Question question);
+
 // `code::success` with role 0 is the live answer of an object that is gone.
 [[nodiscard]] Answer<std::uint32_t> readRole(AccessibilityBus& bus, const BusTarget& target);
 // Bits as in role_map.h's namespace `state`.
@@ -53,6 +60,8 @@ struct ObjectProperties {
 [[nodiscard]] Answer<std::string> readRoleName(AccessibilityBus& bus, const BusTarget& target);
 // In pixels of the screen.
 [[nodiscard]] Answer<Extents> readExtents(AccessibilityBus& bus, const BusTarget& target);
+// Where the application behind a root object takes connections of its own; may be empty.
+[[nodiscard]] Answer<std::string> readOwnAddress(AccessibilityBus& bus, const BusTarget& root);
 // The process behind a bus name, as the bus itself knows it.
 [[nodiscard]] Answer<std::int32_t> readProcess(AccessibilityBus& bus, const std::string& busName);
 

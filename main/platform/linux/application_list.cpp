@@ -54,6 +54,7 @@ bool refreshRegistered(Desktop& here) {
   memory.registered = std::move(registered);
   memory.processOfBusName = std::move(stillThere);
   forgetUnregistered(here.frames, names);
+  forgetUnregistered(here.peers, names);
   return true;
 }
 

@@ -44,10 +44,12 @@ void inCycle(const std::function<void()>& cycle) {
     here.applications.keepList = remember;
     here.applications.list.reset();
     here.frames.passing.clear();
+    endScan(here);
     here.element = {};
     here.element.active = remember;
   };
   discardUnasked(here.bus);
+  refreshPeers(here.peers);
   forget(true);
   cycle();
   forget(false);
@@ -59,6 +61,12 @@ bool accessibilityTrusted() {
   return (ensureConnected(bus) && busAnswers(bus)) || (ensureConnected(bus) && busAnswers(bus));
 }
 
-void expectScan(const Element& /*root*/, double /*deadline*/) {}
+void expectScan(const Element& root, double deadline, int budget) {
+  if (root.reference) beginScan(desktop(), *root.reference, deadline, budget);
+}
+
+void expectSearch(const Element& root, double deadline, int budget) {
+  expectScan(root, deadline, budget);
+}
 
 }  // namespace callmonitor::platform

@@ -11,6 +11,8 @@
 #include "platform/linux/audio_hearing.h"
 #include "platform/linux/element_reading.h"
 #include "platform/linux/frame_memory.h"
+#include "platform/linux/peer_connections.h"
+#include "platform/linux/scan_ahead.h"
 #include "platform/linux/x11.h"
 
 namespace callmonitor::platform {
@@ -20,7 +22,9 @@ struct Desktop {
   std::shared_ptr<X11Connection> x11 = makeX11Connection();
   ApplicationMemory applications;
   FrameMemory frames;
+  PeerConnections peers;
   ElementMemory element;
+  ScanAhead scan;
   AudioHearing audio;
 };
 

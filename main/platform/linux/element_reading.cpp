@@ -80,6 +80,7 @@ std::int32_t needProperties(const Request& request) {
   if (answer.code != code::success) return answer.code;
   if (!answer.value.attributes) {
     auto attributes = readAttributes(request.desktop.bus, request.target());
+    alsoAsk(request.desktop, Question::attributes);
     if (attributes.code == code::success) {
       answer.value.attributes = std::move(attributes.value);
     } else if (attributes.code != code::attributeUnsupported) {
@@ -196,9 +197,13 @@ Reading childrenReading(const Request& request) {
   if (outcome != code::success) return failed(outcome);
   std::vector<Element> elements;
   const auto& properties = request.memory.properties;
-  if (properties && properties->childCount == 0) return {code::success, std::move(elements)};
+  if (properties && properties->childCount == 0) {
+    descendScan(request.desktop, request.reference, {});
+    return {code::success, std::move(elements)};
+  }
   auto children = readChildren(request.desktop.bus, request.target());
   if (children.code != code::success) return failed(children.code);
+  descendScan(request.desktop, request.reference, children.value);
   elements.reserve(children.value.size());
   for (ObjectName& child : children.value) {
     elements.push_back(handle(request.reference, std::move(child)));
@@ -262,25 +267,46 @@ Reading focusedWindowReading(const Request& request) {
   return {code::success, handle(request.reference, std::move(window.value), true)};
 }
 
+// What the answers to the questions are put to an element for, whatever it is: an attribute that
+// depends on one only for some elements is not listed with it.
+enum class Needs { states, role, properties, roleAndProperties, other };
+
+std::vector<Question> questionsOf(Needs needs) {
+  switch (needs) {
+    case Needs::states:
+      return {Question::states};
+    case Needs::role:
+      return {Question::states, Question::role};
+    case Needs::properties:
+      return {Question::states, Question::properties};
+    case Needs::roleAndProperties:
+      return {Question::states, Question::role, Question::properties};
+    case Needs::other:
+      break;
+  }
+  return {};
+}
+
 struct Attribute {
   std::string_view name;
   Reading (*read)(const Request&);
+  Needs needs;
 };
 
 constexpr std::array attributes{
-    Attribute{"AXRole", roleReading},
-    Attribute{"AXSubrole", subroleReading},
-    Attribute{"AXRoleDescription", roleDescriptionReading},
-    Attribute{"AXTitle", titleReading},
-    Attribute{"AXDescription", descriptionReading},
-    Attribute{"AXValue", valueReading},
-    Attribute{"AXHidden", hiddenReading},
-    Attribute{"AXEnabled", enabledReading},
-    Attribute{"AXChildren", childrenReading},
-    Attribute{"AXURL", addressReading},
-    Attribute{"AXIdentifier", identifierReading},
-    Attribute{"AXWindows", windowsReading},
-    Attribute{"AXFocusedWindow", focusedWindowReading},
+    Attribute{"AXRole", roleReading, Needs::role},
+    Attribute{"AXSubrole", subroleReading, Needs::roleAndProperties},
+    Attribute{"AXRoleDescription", roleDescriptionReading, Needs::properties},
+    Attribute{"AXTitle", titleReading, Needs::roleAndProperties},
+    Attribute{"AXDescription", descriptionReading, Needs::states},
+    Attribute{"AXValue", valueReading, Needs::role},
+    Attribute{"AXHidden", hiddenReading, Needs::states},
+    Attribute{"AXEnabled", enabledReading, Needs::states},
+    Attribute{"AXChildren", childrenReading, Needs::states},
+    Attribute{"AXURL", addressReading, Needs::role},
+    Attribute{"AXIdentifier", identifierReading, Needs::properties},
+    Attribute{"AXWindows", windowsReading, Needs::other},
+    Attribute{"AXFocusedWindow", focusedWindowReading, Needs::other},
 };
 
 // Anything but success says why the element cannot be asked at all.
@@ -291,6 +317,13 @@ std::int32_t askable(const Desktop& here, const Element& element) {
   return reachable ? code::success : code::cannotComplete;
 }
 
+// Whether the element that is being read has had this attribute read already.
+bool askedAgain(const Desktop& here, const ElementReference& reference, std::string_view name) {
+  const ElementMemory& memory = here.element;
+  return memory.generation == reference.generation && memory.object == reference.object &&
+         memory.asked.contains(name);
+}
+
 // The memory that this read may use: the desktop's for the element that is being read, else a
 // fresh one that ends with the read.
 ElementMemory& memoryFor(Desktop& here, const ElementReference& reference, std::string_view name,
@@ -298,7 +331,7 @@ ElementMemory& memoryFor(Desktop& here, const ElementReference& reference, std::
   if (!here.element.active) return fresh;
   ElementMemory& memory = here.element;
   const bool same = memory.generation == reference.generation &&
-                    memory.object == reference.object && !memory.asked.contains(name);
+                    memory.object == reference.object && !askedAgain(here, reference, name);
   if (!same) {
     memory = {};
     memory.active = true;
@@ -347,6 +380,10 @@ Reading readAttribute(const Element& element, std::string_view name) {
   if (outcome != code::success) return failed(outcome);
   for (const Attribute& attribute : attributes) {
     if (attribute.name != name) continue;
+    followScan(here, *element.reference, questionsOf(attribute.needs),
+               askedAgain(here, *element.reference, name));
+    // The walk that this read is part of may have lost its bus while it was being followed.
+    if (!here.bus.connection) return failed(code::cannotComplete);
     ElementMemory fresh;
     return attribute.read(
         {here, *element.reference, memoryFor(here, *element.reference, name, fresh)});

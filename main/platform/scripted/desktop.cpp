@@ -197,8 +197,12 @@ std::int32_t setAttribute(const Element& element, std::string_view name, bool va
   return scripted::deliver(key, answer) ? answer.reading.code : code::cannotComplete;
 }
 
-void expectScan(const Element& root, double) {
+void expectScan(const Element& root, double, int) {
   scripted::begin("scan ", root.reference ? root.reference->key : std::string());
+}
+
+void expectSearch(const Element& root, double, int) {
+  scripted::begin("search ", root.reference ? root.reference->key : std::string());
 }
 
 std::optional<std::vector<OnScreenWindow>> onScreenWindows() {

@@ -46,7 +46,7 @@ TEST(Send, CountsAnApplicationAsSilentOnceItsQuestionIsOverdue) {
   bus.connection.reset(made);
   bus.rememberSilent = true;
   const double past = systemUptime() - 1;
-  EXPECT_EQ(send(bus, {{":1.5", "/1"}, 200'000, past}, {}).code, code::cannotComplete);
+  EXPECT_EQ(send(bus, {{":1.5", "/1"}, 200'000, past}, "GetRole", {}).code, code::cannotComplete);
   EXPECT_TRUE(bus.silent.contains(":1.5"));
 }
 

@@ -114,14 +114,15 @@ TEST_F(ScriptedDesktop, EveryCallIsRecordedInOrder) {
     const Element application = platform::applicationElement(42, 0.2);
     (void)platform::setAttribute(application, "AXEnhancedUserInterface", true);
     (void)platform::readAttribute(application, "AXWindows");
-    platform::expectScan(application, 1);
+    platform::expectSearch(application, 1, 1);
+    platform::expectScan(application, 1, 1);
     (void)platform::onScreenWindows();
   });
   EXPECT_EQ(
       desktop().calls,
       (Calls{"prepareMonitoring", "cycle begins", "trusted", "audio", "applications",
              "application 42", "frontmost", "open 42", "set app:42 AXEnhancedUserInterface true",
-             "read app:42 AXWindows", "scan app:42", "windows", "cycle ends"}));
+             "read app:42 AXWindows", "search app:42", "scan app:42", "windows", "cycle ends"}));
 }
 
 TEST_F(ScriptedDesktop, ADesktopCanChangeInTheMiddleOfACycle) {
