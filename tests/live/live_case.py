@@ -12,23 +12,12 @@ from stream import Stream, isHealth, isObservation
 from waiting import waitUntil
 
 
-class DesktopCase(unittest.TestCase):
-    """The meeting pages for the tests of a class, each of which brings its own `desktop` up."""
-
-    @classmethod
-    def setUpClass(cls):
-        directory = cls.enterClassContext(tempfile.TemporaryDirectory())
-        cls.pages = cls.enterClassContext(MeetingPages(directory))
+class MonitorCase(unittest.TestCase):
+    """Monitors for the tests of a class, each of which brings its own `desktop` up."""
 
     def startMonitor(self):
         """Starts the monitor and gives its stream; it ends with the test."""
         return self.enterContext(Stream(self.desktop.processes, self.desktop.environment))
-
-    def startBrowser(self, url, name="browser"):
-        """Starts a browser, with a profile of that name, and gives it; it ends with the test."""
-        browser = Browser(self.desktop, self.pages, url, name)
-        self.addCleanup(browser.close)
-        return browser
 
     def waitUntilTrusted(self, stream, trusted=True, since=0):
         """Waits for a cycle that may, or may not, read the desktop."""
@@ -41,12 +30,6 @@ class DesktopCase(unittest.TestCase):
             f"a record says {state} {fields or ''}",
             lambda record: isObservation(record) and record["state"] == state and
             all(record.get(name) == value for name, value in fields.items()), since)
-
-    def join(self, stream, tab):
-        """Joins the call in the page and gives the first record that says so."""
-        mark = stream.mark()
-        tab.evaluate("show('call')")
-        return self.waitForState(stream, "joined", mark, callKey=CALL_KEY)
 
     def assertOneSession(self, observations):
         """Asserts that the records are those of one call, from its first on and without a gap."""
@@ -61,6 +44,27 @@ class DesktopCase(unittest.TestCase):
         told = stream.observations(mark)
         self.assertTrue(told, "no record tells of the call")
         self.assertEqual({record["state"] for record in told}, {state})
+
+
+class DesktopCase(MonitorCase):
+    """The meeting pages, and a browser that shows them."""
+
+    @classmethod
+    def setUpClass(cls):
+        directory = cls.enterClassContext(tempfile.TemporaryDirectory())
+        cls.pages = cls.enterClassContext(MeetingPages(directory))
+
+    def startBrowser(self, url, name="browser"):
+        """Starts a browser, with a profile of that name, and gives it; it ends with the test."""
+        browser = Browser(self.desktop, self.pages, url, name)
+        self.addCleanup(browser.close)
+        return browser
+
+    def join(self, stream, tab):
+        """Joins the call in the page and gives the first record that says so."""
+        mark = stream.mark()
+        tab.evaluate("show('call')")
+        return self.waitForState(stream, "joined", mark, callKey=CALL_KEY)
 
 
 class CallCase(DesktopCase):
