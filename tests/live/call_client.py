@@ -11,16 +11,18 @@ import subprocess
 import sys
 
 from accessibility_tree import AccessibilityTree, windowsOf
+from processes import descendants
+from running_sound import runningStreams
 from waiting import waitUntil
 
 _INTERPRETER = "/usr/bin/python3"
-# What the sound of a client is made of. A meter follows the level of the microphone for a display
-# and hands nobody the sound itself.
+# What the sound of a client is made of. A meter is what a mixer shows the level of a microphone by:
+# it gets some peaks a second, each at once, and never the sound itself.
 _SOUND_COMMANDS = {
     "microphone": ["pacat", "--record"],
     "speaker": ["pacat", "--playback"],
-    "meter": ["pw-record", "--properties", '{ "stream.monitor": true, "resample.peaks": true }',
-              "/dev/null"],
+    "meter": ["pacat", "--record", "--format=float32le", "--channels=1", "--rate=144",
+              "--latency=4", "--property=stream.monitor=true", "--property=resample.peaks=true"],
 }
 
 
@@ -68,8 +70,19 @@ class CallClient:
         self._waitUntilAway(title)
 
     def sound(self, *kinds):
-        """Makes exactly these kinds of sound, out of `_SOUND_COMMANDS`, until told otherwise."""
+        """Makes exactly these kinds of sound, out of `_SOUND_COMMANDS`, until told otherwise.
+
+        Waits until the sound server runs them and no others.
+        """
         self._tell({"do": "sound", "kinds": kinds})
+        waitUntil(f"the sound server runs {kinds} for the client",
+                  lambda: self.soundRunning() == sorted(kinds))
+
+    def soundRunning(self):
+        """Gives the kinds of sound that the sound server runs for the client now, sorted."""
+        self._desktop.processes.mustRun(self._name)
+        return sorted(_kindOf(stream) for stream in
+                      runningStreams(self._desktop, {self.pid, *descendants(self.pid)}))
 
     def quit(self):
         """Lets the client end by itself and waits for it."""
@@ -97,6 +110,12 @@ class CallClient:
     def _tell(self, order):
         self.process.stdin.write(json.dumps(order).encode() + b"\n")
         self.process.stdin.flush()
+
+
+def _kindOf(stream):
+    if stream["media.class"] == "Stream/Output/Audio":
+        return "speaker"
+    return "meter" if stream.get("stream.monitor") else "microphone"
 
 
 def _interpreterCalled(desktop, program):

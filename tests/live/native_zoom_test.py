@@ -135,7 +135,7 @@ class TheCourseOfANativeCall(NativeCase):
                 self.meeting(*parts)
                 # The first cycle to end may have begun while the window was being changed.
                 self.stream.waitForCycles(1)
-                self.assertStatesSince(self.stream, self.stream.mark(), state, cycles=2)
+                self.assertStatesSince(self.stream, self.stream.mark(), state, cycles=1)
         self.assertOneSession(self.stream.observations())
 
     def test_media_is_active_exactly_while_both_devices_can_be_turned_off(self):
