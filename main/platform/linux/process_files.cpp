@@ -1,6 +1,7 @@
 // Reading and parsing are apart, so that the parsers are tested with texts.
 #include "platform/linux/process_files.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -9,6 +10,7 @@
 #include <cerrno>
 #include <charconv>
 #include <cstddef>
+#include <memory>
 #include <system_error>
 #include <utility>
 
@@ -56,6 +58,33 @@ FileText fileText(const std::string& path) {
   return result;
 }
 
+bool ended(char state) {
+  return state == 'Z' || state == 'X';
+}
+
+struct CloseDirectory {
+  void operator()(DIR* directory) const { closedir(directory); }
+};
+
+// How the threads of a process stand whose first one has ended.
+OtherThreads otherThreads(std::int32_t pid) {
+  const std::string path = "/proc/" + std::to_string(pid) + "/task";
+  const std::unique_ptr<DIR, CloseDirectory> directory(opendir(path.c_str()));
+  if (!directory) return errno == ENOENT ? OtherThreads::none : OtherThreads::unknown;
+  bool known = true;
+  errno = 0;
+  while (const dirent* entry = readdir(directory.get())) {
+    const auto thread = numberOf<std::int32_t>(entry->d_name);
+    if (!thread || *thread == pid) continue;
+    const FileText file = fileText(path + "/" + entry->d_name + "/stat");
+    const auto stat = parseProcessStat(file.text);
+    if (stat && !ended(stat->state)) return OtherThreads::living;
+    if (!stat && file.error != ENOENT && file.error != ESRCH) known = false;
+    errno = 0;
+  }
+  return known && errno == 0 ? OtherThreads::none : OtherThreads::unknown;
+}
+
 const std::optional<std::int64_t>& bootTime() {
   static const std::optional<std::int64_t> time = [] {
     const auto text = readFile("/proc/stat");
@@ -100,19 +129,29 @@ std::vector<std::string> splitAtNul(std::string_view text) {
   return parts;
 }
 
-ProcessLook processLook(int error, std::string_view text) {
+ProcessLook processLook(int error, std::string_view text,
+                        const std::function<OtherThreads()>& others) {
   // A process that ends between the opening and the reading of its file is "no such process" too.
   if (error == ENOENT || error == ESRCH) return {true, std::nullopt};
   if (error != 0) return {};
   const auto stat = parseProcessStat(text);
   if (!stat) return {};
-  if (stat->state == 'Z' || stat->state == 'X') return {true, std::nullopt};
-  return {false, stat};
+  if (!ended(stat->state)) return {false, stat};
+  // The state is that of the first thread, which a process may outlive.
+  switch (others()) {
+    case OtherThreads::none:
+      return {true, std::nullopt};
+    case OtherThreads::living:
+      return {false, stat};
+    case OtherThreads::unknown:
+      break;
+  }
+  return {};
 }
 
 ProcessLook lookAtProcess(std::int32_t pid) {
   const FileText file = fileText("/proc/" + std::to_string(pid) + "/stat");
-  return processLook(file.error, file.text);
+  return processLook(file.error, file.text, [pid] { return otherThreads(pid); });
 }
 
 std::optional<double> launchTime(const ProcessStat& stat) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -30,12 +31,18 @@ struct ProcessStat {
 // What one look at a process said. A look that failed, for want of a file descriptor or of memory,
 // says nothing: neither `gone` nor a stat.
 struct ProcessLook {
-  bool gone = false;  // there is no such process, or it has ended and is merely not yet reaped
+  // There is no such process, or all of it has ended and it is merely not yet reaped.
+  bool gone = false;
   std::optional<ProcessStat> stat;  // of a living process
 };
 
+// Whether a process has living threads beside its first one.
+enum class OtherThreads { none, living, unknown };
+
 // The meaning of an attempt to read /proc/PID/stat: `error` is its errno, 0 where it gave `text`.
-[[nodiscard]] ProcessLook processLook(int error, std::string_view text);
+// `others` is asked only about a process whose first thread has ended.
+[[nodiscard]] ProcessLook processLook(int error, std::string_view text,
+                                      const std::function<OtherThreads()>& others);
 
 // Looks at a process now.
 [[nodiscard]] ProcessLook lookAtProcess(std::int32_t pid);

@@ -1,13 +1,20 @@
 #include "platform/linux/process_files.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
 #include <sys/resource.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace callmonitor::platform {
@@ -64,6 +71,7 @@ TEST(ProcessLook, EndsAProcessOnlyOnTheKernelsWord) {
     std::string text;
     bool gone;
     bool living;
+    OtherThreads others = OtherThreads::none;
   };
   const auto inState = [](char state) {
     std::string line = statLine("x", "5150");
@@ -75,6 +83,12 @@ TEST(ProcessLook, EndsAProcessOnlyOnTheKernelsWord) {
       {"ended between opening and reading: gone", ESRCH, "", true, false},
       {"ended but not reaped: gone", 0, inState('Z'), true, false},
       {"dead: gone", 0, inState('X'), true, false},
+      {"first thread ended, others live: lives", 0, inState('Z'), false, true,
+       OtherThreads::living},
+      {"first thread dead, others live: lives", 0, inState('X'), false, true, OtherThreads::living},
+      {"first thread ended, of others nothing is known: says nothing", 0, inState('Z'), false,
+       false, OtherThreads::unknown},
+      {"gone, whatever was known of its threads", ENOENT, "", true, false, OtherThreads::living},
       {"running", 0, inState('R'), false, true},
       {"stopped lives", 0, inState('T'), false, true},
       {"no file descriptor left says nothing", EMFILE, "", false, false},
@@ -85,7 +99,7 @@ TEST(ProcessLook, EndsAProcessOnlyOnTheKernelsWord) {
       {"a line that cannot be understood says nothing", 0, "42 (x) S 7", false, false},
   };
   for (const Case& each : cases) {
-    const ProcessLook look = processLook(each.error, each.text);
+    const ProcessLook look = processLook(each.error, each.text, [&] { return each.others; });
     EXPECT_EQ(look.gone, each.gone) << each.name;
     EXPECT_EQ(look.stat.has_value(), each.living) << each.name;
   }
@@ -96,6 +110,60 @@ TEST(LookAtProcess, TellsALivingProcessFromNone) {
   const ProcessLook own = lookAtProcess(getpid());
   EXPECT_FALSE(own.gone);
   EXPECT_TRUE(own.stat.has_value());
+}
+
+// A process whose first thread ends at once while another stays until the pipe is closed.
+pid_t startWithoutFirstThread(const std::array<int, 2>& ends) {
+  const pid_t child = fork();
+  if (child != 0) return child;
+  close(ends[1]);
+  static int pipeEnd = ends[0];
+  pthread_t thread{};
+  const auto stay = [](void*) -> void* {
+    char byte = 0;
+    while (read(pipeEnd, &byte, 1) > 0) {
+    }
+    _exit(0);
+  };
+  if (pthread_create(&thread, nullptr, stay, nullptr) != 0) _exit(1);
+  // Not pthread_exit, which unwinds through the test's own frames.
+  syscall(SYS_exit, 0);
+  _exit(1);
+}
+
+char stateOf(pid_t pid) {
+  const auto text = readFile("/proc/" + std::to_string(pid) + "/stat");
+  const auto stat = text ? parseProcessStat(*text) : std::nullopt;
+  return stat ? stat->state : '?';
+}
+
+TEST(LookAtProcess, SeesAProcessLiveOnWithoutItsFirstThread) {
+  std::array<int, 2> ends{};
+  ASSERT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
+  const pid_t child = startWithoutFirstThread(ends);
+  ASSERT_GT(child, 0);
+  close(ends[0]);
+  const auto waitForState = [&](char wanted) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (stateOf(child) != wanted && std::chrono::steady_clock::now() < deadline) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return stateOf(child) == wanted;
+  };
+  EXPECT_TRUE(waitForState('Z'));
+  const ProcessLook living = lookAtProcess(child);
+  EXPECT_FALSE(living.gone);
+  EXPECT_TRUE(living.stat.has_value());
+
+  close(ends[1]);
+  siginfo_t information{};
+  // Ended, and left unreaped.
+  ASSERT_EQ(waitid(P_PID, static_cast<id_t>(child), &information, WEXITED | WNOWAIT), 0);
+  EXPECT_TRUE(waitForState('Z'));
+  const ProcessLook ended = lookAtProcess(child);
+  EXPECT_TRUE(ended.gone);
+  EXPECT_FALSE(ended.stat.has_value());
+  ASSERT_EQ(waitpid(child, nullptr, 0), child);
 }
 
 TEST(LookAtProcess, SaysNothingWhenNoFileCanBeOpened) {
