@@ -110,7 +110,7 @@ std::vector<Application> readApplications(Desktop& here) {
 std::vector<Application> freshList(Desktop& here) {
   std::vector<Application> applications = readApplications(here);
   if (here.applications.keepList) {
-    here.applications.list = CycleList{here.bus.generation, applications};
+    here.applications.list = CycleList{here.bus.generation, applications, std::nullopt};
   }
   return applications;
 }
@@ -161,10 +161,18 @@ std::optional<Application> runningApplication(std::int32_t pid) {
     if (application != nullptr && launchGoesOn(here.applications.known, pid, look)) {
       return *application;
     }
+    // The window in front may belong to a process that is no application, and a cycle asks for it
+    // several times.
+    if (application == nullptr && isStranger(*here.applications.list, pid, look)) {
+      return std::nullopt;
+    }
   }
   const std::vector<Application> applications = freshList(here);
-  const Application* application = applicationIn(applications, pid);
-  return application != nullptr ? std::optional(*application) : std::nullopt;
+  if (const Application* application = applicationIn(applications, pid)) return *application;
+  if (here.applications.list && look.stat) {
+    here.applications.list->stranger = Stranger{pid, look.stat->startTicks};
+  }
+  return std::nullopt;
 }
 
 std::optional<Application> frontmostApplication() {

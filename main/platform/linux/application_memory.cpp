@@ -9,6 +9,11 @@ bool launchGoesOn(const KnownApplications& known, std::int32_t pid, const Proces
   return !look.stat || look.stat->startTicks == found->second.launch.startTicks;
 }
 
+bool isStranger(const CycleList& list, std::int32_t pid, const ProcessLook& look) {
+  return list.stranger && list.stranger->pid == pid && look.stat &&
+         look.stat->startTicks == list.stranger->startTicks;
+}
+
 void updateKnown(KnownApplications& known, const std::set<std::int32_t>& listed,
                  const ProcessLooker& look) {
   std::set<std::int32_t> pids = listed;

@@ -31,10 +31,18 @@ struct KnownApplication {
 };
 using KnownApplications = std::map<std::int32_t, KnownApplication>;  // by process id
 
+// One launch that is no application.
+struct Stranger {
+  std::int32_t pid = 0;
+  std::uint64_t startTicks = 0;
+};
+
 // The list of this cycle. It is as good as a new one for as long as the launches in it go on.
 struct CycleList {
   std::uint64_t generation = 0;  // of the accessibility bus
   std::vector<Application> applications;
+  // For whom this list was made anew, if it has not got him either.
+  std::optional<Stranger> stranger;
 };
 
 struct ApplicationMemory {
@@ -54,6 +62,9 @@ using ProcessLooker = std::function<ProcessLook(std::int32_t)>;
 // a look that says nothing ends nothing. False for a process that is not known.
 [[nodiscard]] bool launchGoesOn(const KnownApplications& known, std::int32_t pid,
                                 const ProcessLook& look);
+
+// Whether the list was made for the launch that `look` shows, and in vain.
+[[nodiscard]] bool isStranger(const CycleList& list, std::int32_t pid, const ProcessLook& look);
 
 // Brings `known` up to date with the process ids that are listed now. What was known stays, listed
 // or not, until a look says that this launch is over; what is listed becomes known as soon as a

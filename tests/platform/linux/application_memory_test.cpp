@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -76,6 +77,26 @@ TEST(LaunchGoesOn, IsDeniedOnlyByALookThatSaysSo) {
   EXPECT_FALSE(launchGoesOn(known, pid, ended));
   EXPECT_FALSE(launchGoesOn(known, pid, living(200)));
   EXPECT_FALSE(launchGoesOn(known, 8, living(100))) << "a process that is not known";
+}
+
+TEST(IsStranger, HoldsForTheVeryLaunchThatTheListWasMadeForInVain) {
+  struct Case {
+    std::string name;
+    std::optional<Stranger> stranger;
+    ProcessLook look;
+    bool expected;
+  };
+  const std::vector<Case> cases{
+      {"the same launch", Stranger{pid, 100}, living(100), true},
+      {"a later launch under its number", Stranger{pid, 100}, living(200), false},
+      {"another process", Stranger{pid + 1, 100}, living(100), false},
+      {"a list that was made for nobody", std::nullopt, living(100), false},
+      {"a look that says nothing", Stranger{pid, 100}, nothingSaid, false},
+  };
+  for (const Case& each : cases) {
+    EXPECT_EQ(isStranger(CycleList{1, {}, each.stranger}, pid, each.look), each.expected)
+        << each.name;
+  }
 }
 
 }  // namespace
