@@ -60,6 +60,20 @@ class Browser:
                                     timeout=_ANSWER_BOUND):
             pass
 
+    def openWindows(self, urls):
+        """Opens a further window for each address, without waiting for the pages."""
+        with urllib.request.urlopen(self._address("/json/version"),
+                                    timeout=_ANSWER_BOUND) as answer:
+            address = json.load(answer)["webSocketDebuggerUrl"]
+        connection = websocket.create_connection(address, timeout=_ANSWER_BOUND,
+                                                 suppress_origin=True)
+        with contextlib.closing(connection):
+            for number, url in enumerate(urls):
+                connection.send(json.dumps({"id": number, "method": "Target.createTarget",
+                                            "params": {"url": url, "newWindow": True}}))
+                while json.loads(connection.recv()).get("id") != number:
+                    pass
+
     def _announcedPort(self):
         self._desktop.processes.mustRun(self._name)
         with contextlib.suppress(FileNotFoundError):

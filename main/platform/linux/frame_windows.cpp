@@ -95,6 +95,32 @@ bool pairedByChance(const FrameMemory& memory, const ObjectName& frame) {
          std::count_if(memory.passing.begin(), memory.passing.end(), sameBus) > 1;
 }
 
+// The windows that no application of the accessibility tree owns by its process id. A program in a
+// process namespace of its own gives its windows the id that it has in there, which here is no
+// process's or a stranger's.
+std::vector<MatchCandidate> doubtfulWindows(const Desktop& here,
+                                            const std::vector<ClientWindow>& listed) {
+  const auto& registered = here.applications.registered;
+  std::vector<MatchCandidate> windows;
+  for (const ClientWindow& each : listed) {
+    const bool owned =
+        std::any_of(registered.begin(), registered.end(),
+                    [&](const RegisteredApplication& one) { return each.pid == one.pid; });
+    if (!owned) windows.push_back({each.name.value_or(""), each.extents, each.normal});
+  }
+  return windows;
+}
+
+// Whether the application may own windows that say they are somebody else's.
+bool windowsElsewhere(const Desktop& here, const WindowedApplication& application,
+                      const std::vector<LooseFrame>& loose) {
+  std::vector<MatchCandidate> frames;
+  for (const LooseFrame& each : loose) {
+    frames.push_back({each.name, std::nullopt, plainlyWindow(each)});
+  }
+  return namesMeet(frames, doubtfulWindows(here, *application.listed));
+}
+
 bool showsWindow(const WindowedApplication& application) {
   return std::any_of(
       application.listed->begin(), application.listed->end(),
@@ -149,7 +175,10 @@ Answer<std::vector<FrameWindow>> readWindows(Desktop& here,
       windows.push_back({child, std::nullopt});
     }
   }
-  if (windows.empty() && application.listed && showsWindow(application)) return {};
+  if (windows.empty() && application.listed) {
+    if (showsWindow(application)) return {};
+    if (windowsElsewhere(here, application, loose.value)) return {code::cannotComplete, {}};
+  }
   return {code::success, std::move(windows)};
 }
 

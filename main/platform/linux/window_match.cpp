@@ -159,4 +159,15 @@ bool partnersMissing(const std::vector<MatchCandidate>& frames,
   return missing(frames, &WindowMatch::frame) && missing(windows, &WindowMatch::window);
 }
 
+bool namesMeet(const std::vector<MatchCandidate>& frames,
+               const std::vector<MatchCandidate>& windows) {
+  return std::any_of(frames.begin(), frames.end(), [&](const MatchCandidate& frame) {
+    return frame.needsPartner &&
+           std::any_of(windows.begin(), windows.end(), [&](const MatchCandidate& window) {
+             return window.needsPartner &&
+                    nameAgreement(frame.name, window.name) != NameAgreement::none;
+           });
+  });
+}
+
 }  // namespace callmonitor::platform

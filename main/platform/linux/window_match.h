@@ -66,4 +66,9 @@ enum class NameAgreement {
                                    const std::vector<MatchCandidate>& windows,
                                    const std::vector<WindowMatch>& matches);
 
+// Whether some frame that needs a partner and some such window bear agreeing names. Of a window
+// whose owner is not known this is all that can tell that it might be the frame's.
+[[nodiscard]] bool namesMeet(const std::vector<MatchCandidate>& frames,
+                             const std::vector<MatchCandidate>& windows);
+
 }  // namespace callmonitor::platform

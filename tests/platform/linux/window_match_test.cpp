@@ -148,6 +148,31 @@ TEST(PartnersMissing, DoubtsAListThatLacksAWindowOnBothSides) {
   }
 }
 
+TEST(NamesMeet, FindsAFrameAndAWindowThatMightBeTheSame) {
+  struct Case {
+    std::string name;
+    std::vector<MatchCandidate> frames;
+    std::vector<MatchCandidate> windows;
+    bool expected;
+  };
+  const MatchCandidate call{"Meet - Browser", left};
+  const MatchCandidate playing{"Meet - Audio playing - Browser", left};
+  const MatchCandidate terminal{"Terminal", left};
+  const std::vector<Case> cases{
+      {"the same name", {terminal, call}, {call}, true},
+      {"a name with an addition", {playing}, {terminal, call}, true},
+      {"the same place alone", {call}, {terminal}, false},
+      {"two that have no name", {{"", left}}, {{"", left}}, false},
+      {"a frame that need not have a window", {{"Meet - Browser", left, false}}, {call}, false},
+      {"a window that is a dock", {call}, {{"Meet - Browser", left, false}}, false},
+      {"no frame", {}, {call}, false},
+      {"no window", {call}, {}, false},
+  };
+  for (const Case& each : cases) {
+    EXPECT_EQ(namesMeet(each.frames, each.windows), each.expected) << each.name;
+  }
+}
+
 TEST(WithoutDirectionMarks, RemovesEveryMarkAndNothingElse) {
   EXPECT_EQ(
       withoutDirectionMarks(
