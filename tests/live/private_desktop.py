@@ -213,6 +213,11 @@ class PrivateDesktop:
         self._status("Set", "IsEnabled", GLib.Variant("b", True))
         waitUntil("the desktop is readable", self.isReadable)
 
+    def makeUnreadable(self):
+        """Tells programs that start from now on that nobody reads their accessibility trees."""
+        self._status("Set", "IsEnabled", GLib.Variant("b", False))
+        waitUntil("the desktop is unreadable", lambda: not self.isReadable())
+
     def isReadable(self):
         """Says how the switch of `makeReadable` stands."""
         return self._status("Get", "IsEnabled")[0]

@@ -13,6 +13,15 @@ namespace {
 
 constexpr const char* statusInterface = "org.a11y.Status";
 
+// Seconds between two looks at the switch: what starts while it is off stays unreadable, and a look
+// costs a connection.
+constexpr double switchPeriod = 60.0;
+
+// The moment by which a step that begins now must be done.
+double deadlineFromNow() {
+  return systemUptime() + static_cast<double>(messageLimit) / 1e6;
+}
+
 std::string sessionBusAddress() {
   const char* address = std::getenv("DBUS_SESSION_BUS_ADDRESS");
   if (address != nullptr && *address != '\0') return address;
@@ -25,12 +34,13 @@ std::string sessionBusAddress() {
 
 // Null when nothing answers at the address within the limit.
 BusConnection openBusSoon(const std::string& address) {
-  return openBus(address, FarEnd::bus, systemUptime() + static_cast<double>(messageLimit) / 1e6);
+  return openBus(address, FarEnd::bus, deadlineFromNow());
 }
 
-BusMessage callOn(sd_bus* bus, BusMessage message) {
+BusMessage callOn(sd_bus* bus, BusMessage message, double deadline) {
+  const auto limit = timeFor({{}, messageLimit, deadline}, systemUptime());
   sd_bus_message* reply = nullptr;
-  if (!message || sd_bus_call(bus, message.get(), messageLimit, nullptr, &reply) < 0) return {};
+  if (!limit || !message || sd_bus_call(bus, message.get(), *limit, nullptr, &reply) < 0) return {};
   return BusMessage(reply);
 }
 
@@ -47,7 +57,8 @@ const BusTarget& busDaemon() {
 // Empty when the session has no accessibility bus.
 std::string accessibilityBusAddress(sd_bus* session) {
   const BusMessage reply =
-      callOn(session, newCall(session, accessibilityService(), "org.a11y.Bus", "GetAddress"));
+      callOn(session, newCall(session, accessibilityService(), "org.a11y.Bus", "GetAddress"),
+             deadlineFromNow());
   const char* address = nullptr;
   if (!reply || sd_bus_message_read(reply.get(), "s", &address) < 0) return {};
   return address;
@@ -55,18 +66,20 @@ std::string accessibilityBusAddress(sd_bus* session) {
 
 // Browsers look at this once, when they start: what starts later can then be read. A desktop on
 // which it is already on is left alone.
-void enableAccessibility(sd_bus* session) {
+void enableAccessibility(AccessibilityBus& bus, sd_bus* session, double deadline) {
+  if (!bus.mayEnable) return;
+  bus.nextSwitchLook = systemUptime() + switchPeriod;
   constexpr const char* properties = "org.freedesktop.DBus.Properties";
   BusMessage get = newCall(session, accessibilityService(), properties, "Get");
   if (!get || sd_bus_message_append(get.get(), "ss", statusInterface, "IsEnabled") < 0) return;
-  const BusMessage reply = callOn(session, std::move(get));
+  const BusMessage reply = callOn(session, std::move(get), deadline);
   int enabled = 0;
   if (!reply || sd_bus_message_read(reply.get(), "v", "b", &enabled) < 0 || enabled != 0) return;
   BusMessage set = newCall(session, accessibilityService(), properties, "Set");
   if (!set || sd_bus_message_append(set.get(), "ssv", statusInterface, "IsEnabled", "b", 1) < 0) {
     return;
   }
-  callOn(session, std::move(set));
+  callOn(session, std::move(set), deadline);
 }
 
 // An application that was late once would be late again, and again cost its whole limit.
@@ -92,7 +105,7 @@ bool ensureConnected(AccessibilityBus& bus) {
   if (!session) return false;
   const std::string address = accessibilityBusAddress(session.get());
   if (address.empty()) return false;
-  if (bus.mayEnable) enableAccessibility(session.get());
+  enableAccessibility(bus, session.get(), deadlineFromNow());
   bus.connection = openBusSoon(address);
   if (!bus.connection) return false;
   // That the bus was late once says nothing about the new connection.
@@ -103,6 +116,15 @@ bool ensureConnected(AccessibilityBus& bus) {
   if (!same) ++bus.generation;
   bus.server = server;
   return true;
+}
+
+void keepEnabled(AccessibilityBus& bus) {
+  if (!bus.mayEnable || systemUptime() < bus.nextSwitchLook) return;
+  // Also a session bus that does not answer is tried again no sooner.
+  bus.nextSwitchLook = systemUptime() + switchPeriod;
+  const double deadline = deadlineFromNow();
+  const BusConnection session = openBus(sessionBusAddress(), FarEnd::bus, deadline);
+  if (session) enableAccessibility(bus, session.get(), deadline);
 }
 
 bool busAnswers(AccessibilityBus& bus) {

@@ -25,6 +25,7 @@ struct AccessibilityBus {
   sd_id128_t server{};  // the bus's own identifier
   // Whether accessibility may be switched on for the desktop's applications.
   bool mayEnable = false;
+  double nextSwitchLook = 0;  // uptime seconds; not before then is that switch looked at again
   // Applications that did not answer in time in this cycle; they are not asked again in it.
   bool rememberSilent = false;
   std::set<std::string> silent;
@@ -37,6 +38,10 @@ struct AccessibilityBus {
 // Connects through the session bus unless connected, and, where `mayEnable` says so, switches
 // accessibility on if it is off, once for each connection. Takes at most a few `messageLimit`.
 bool ensureConnected(AccessibilityBus& bus);
+
+// Where `mayEnable` says so, looks once a minute whether accessibility was switched off since, and
+// switches it on again. Takes at most one `messageLimit`.
+void keepEnabled(AccessibilityBus& bus);
 
 // Whether the bus itself answers now. A connection that does not is given up.
 [[nodiscard]] bool busAnswers(AccessibilityBus& bus);

@@ -57,6 +57,7 @@ void inCycle(const std::function<void()>& cycle) {
 
 bool accessibilityTrusted() {
   AccessibilityBus& bus = desktop().bus;
+  keepEnabled(bus);
   // A bus that went away may have come back under another address.
   return (ensureConnected(bus) && busAnswers(bus)) || (ensureConnected(bus) && busAnswers(bus));
 }
