@@ -13,6 +13,9 @@
 #include "platform/linux/run_loop.h"
 #include "platform/platform.h"
 
+// The library's calls are macros around an extension that every compiler of this desktop has.
+#pragma GCC diagnostic ignored "-Wpedantic"
+
 namespace callmonitor::platform {
 namespace {
 
@@ -176,15 +179,18 @@ void onGlobal(void* data, std::uint32_t number, std::uint32_t /*permissions*/, c
   Bound& bound = bounds[number];
   bound.audio = &audio;
   bound.number = number;
-  bound.proxy = static_cast<pw_proxy*>(pw_registry_bind(
-      audio.registry, number, type,
-      isNode ? std::uint32_t{PW_VERSION_NODE} : std::uint32_t{PW_VERSION_CLIENT}, 0));
   // Without a proxy the object never has its say, and nothing is known.
-  if (bound.proxy == nullptr) return;
+  const auto bind = [&](std::uint32_t version) {
+    bound.proxy =
+        static_cast<pw_proxy*>(pw_registry_bind(audio.registry, number, type, version, 0));
+    return bound.proxy != nullptr;
+  };
   if (isNode) {
+    if (!bind(PW_VERSION_NODE)) return;
     pw_node_add_listener(reinterpret_cast<pw_node*>(bound.proxy), &bound.listener, &nodeEvents(),
                          &bound);
   } else {
+    if (!bind(PW_VERSION_CLIENT)) return;
     pw_client_add_listener(reinterpret_cast<pw_client*>(bound.proxy), &bound.listener,
                            &clientEvents(), &bound);
   }

@@ -53,7 +53,7 @@ GraphObject pulseStream(const std::string& mediaClass, bool isRunning) {
           isRunning};
 }
 
-GraphObject with(GraphObject object, SoundProperties properties) {
+GraphObject with(GraphObject object, const SoundProperties& properties) {
   mergeProperties(object.properties, properties);
   return object;
 }
