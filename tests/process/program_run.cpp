@@ -118,17 +118,20 @@ ProgramRun runProgram(const std::vector<std::string>& arguments) {
   return run;
 }
 
-std::string firstLineOf(const std::vector<std::string>& arguments) {
+ProgramRun runToFirstLine(const std::vector<std::string>& arguments) {
   ProgramRun run;
   const Program program = start(arguments);
-  if (program.pid < 0) return "";
+  if (program.pid < 0) return run;
   const auto line = [](const std::string& output) {
     return output.find('\n') != std::string::npos;
   };
   readStreams(program, run, line);
   kill(program.pid, SIGKILL);
+  // What it said before is still in the pipes.
+  readStreams(program, run, [](const std::string&) { return false; });
   finish(program, run);
-  return run.output.substr(0, line(run.output) ? run.output.find('\n') : 0);
+  run.output = run.output.substr(0, line(run.output) ? run.output.find('\n') : 0);
+  return run;
 }
 
 std::vector<Json> recordsIn(const std::string& output) {

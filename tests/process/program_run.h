@@ -19,9 +19,10 @@ struct ProgramRun {
 // longer than half a minute fails the test and is ended.
 ProgramRun runProgram(const std::vector<std::string>& arguments);
 
-// Runs the program until it has written its first line, then ends it. Gives that line; empty when
-// none came within half a minute or the program ended without one.
-std::string firstLineOf(const std::vector<std::string>& arguments);
+// Runs the program until it has written its first line, then ends it. The output is that line
+// without its end, empty when none came within half a minute or the program ended without one; the
+// errors are all that it said until it was ended.
+ProgramRun runToFirstLine(const std::vector<std::string>& arguments);
 
 // The records of an output. A line that is not one JSON object, or not ended, fails the test.
 std::vector<Json> recordsIn(const std::string& output);

@@ -1,8 +1,8 @@
 // The modes that write records: every line's content but its time and its session's identifier.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "process/program_run.h"
@@ -149,51 +149,73 @@ TEST(ClientScan, WritesNoTitleOfAWindow) {
   EXPECT_EQ(runProgram({"--client-scan-fixture"}).output.find("PRIVATE"), std::string::npos);
 }
 
-// The states of one session's records, which count from 1.
-std::vector<std::string> statesOf(const std::vector<Json>& records) {
+// The records of a call that ends, all of whose media are off: whose client shows it, under which
+// key, and its states in order.
+struct Ending {
+  const char* scenario;
+  const char* provider;
+  const char* bundle;
+  const char* key;
   std::vector<std::string> states;
-  for (const Json& record : records) {
-    states.push_back(record["state"]);
-    EXPECT_EQ(record["sequence"], states.size());
+};
+
+void checkEnding(const Ending& ending, const Arguments& arguments) {
+  SCOPED_TRACE(testing::PrintToString(arguments));
+  std::vector<Json> expected;
+  for (const std::string& state : ending.states) {
+    const int sequence = static_cast<int>(expected.size()) + 1;
+    expected.push_back(observation(ending.bundle, ending.provider, ending.key, "Synthetic meeting",
+                                   sequence, state));
   }
-  return states;
+  EXPECT_EQ(oneSession(arguments), expected);
 }
 
+const std::vector<std::string> leftAtOnce{"joined", "left"};
+const std::vector<std::string> leftAfterAFlicker{"joined", "unknown", "left"};
+const std::vector<std::string> undecided{"joined", "unknown"};
+
 TEST(CallEnding, EveryScenarioEndsTheCallOfAProviderWithItsOwnRules) {
-  for (const char* scenario : {"close-window", "leave", "host-end"}) {
-    for (const char* provider : {"meet", "teams", "zoom"}) {
-      SCOPED_TRACE(std::string(scenario) + " " + provider);
-      const std::vector<Json> records = oneSession({"--call-ending-fixture", scenario, provider});
-      for (const Json& record : records) EXPECT_EQ(record["provider"], provider);
-      const std::vector<std::string> states = statesOf(records);
-      ASSERT_GE(states.size(), 2U);
-      EXPECT_EQ(states.front(), "joined");
-      EXPECT_EQ(states.back(), "left");
-      EXPECT_EQ(std::count(states.begin(), states.end(), "left"), 1);
+  struct Client {
+    const char* provider;
+    const char* bundle;
+    const char* key;
+  };
+  for (const Client& client : {Client{"meet", "com.google.Chrome", "meet:abc-defg-hij"},
+                               Client{"teams", "com.microsoft.teams", "teams:native-SESSION"},
+                               Client{"zoom", "us.zoom.xos", "zoom:native-SESSION"}}) {
+    for (const auto& [scenario, states] :
+         {std::pair{"close-window", leftAfterAFlicker}, std::pair{"leave", leftAtOnce},
+          std::pair{"host-end", leftAtOnce}}) {
+      checkEnding({scenario, client.provider, client.bundle, client.key, states},
+                  {"--call-ending-fixture", scenario, client.provider});
     }
   }
 }
 
-TEST(CallEnding, AClosedWindowIsUnknownBeforeTheCallIsLeft) {
-  EXPECT_EQ(statesOf(oneSession({"--call-ending-fixture", "close-window"})),
-            (std::vector<std::string>{"joined", "unknown", "left"}));
-}
-
 TEST(CallEnding, MeetIsTheProviderWhereNoneIsGiven) {
-  for (const Json& record : oneSession({"--call-ending-fixture", "leave"})) {
-    EXPECT_EQ(record["provider"], "meet");
+  for (const auto& [scenario, states] :
+       {std::pair{"close-window", leftAfterAFlicker}, std::pair{"leave", leftAtOnce},
+        std::pair{"host-end", leftAtOnce}}) {
+    checkEnding({scenario, "meet", "com.google.Chrome", "meet:abc-defg-hij", states},
+                {"--call-ending-fixture", scenario});
   }
-  EXPECT_EQ(statesOf(oneSession({"--call-ending-fixture", "leave"})),
-            (std::vector<std::string>{"joined", "left"}));
 }
 
 TEST(CallEnding, AHostWhoEndsAMeetingIsNotBelievedOfAnotherProvider) {
-  for (const char* provider : {"webex", "application", "anything"}) {
-    SCOPED_TRACE(provider);
-    EXPECT_EQ(statesOf(oneSession({"--call-ending-fixture", "host-end", provider})),
-              (std::vector<std::string>{"joined", "unknown"}));
-    EXPECT_EQ(statesOf(oneSession({"--call-ending-fixture", "leave", provider})),
-              (std::vector<std::string>{"joined", "left"}));
+  struct Client {
+    const char* provider;
+    const char* bundle;
+  };
+  for (const Client& client : {Client{"webex", "com.cisco.webexmeetingsapp"},
+                               Client{"application", "org.example.CustomCalls"},
+                               Client{"anything", "org.example.CustomCalls"}}) {
+    const std::string key = std::string(client.provider) + ":native-SESSION";
+    for (const auto& [scenario, states] :
+         {std::pair{"close-window", leftAfterAFlicker}, std::pair{"leave", leftAtOnce},
+          std::pair{"host-end", undecided}}) {
+      checkEnding({scenario, client.provider, client.bundle, key.c_str(), states},
+                  {"--call-ending-fixture", scenario, client.provider});
+    }
   }
 }
 

@@ -93,7 +93,9 @@ TEST(ModeOrder, ALoneFlagWithoutItsValueMonitors) {
         Arguments{"--SELF-TEST"}, Arguments{"--self-test=1"}, Arguments{"--help"}}) {
     SCOPED_TRACE(testing::PrintToString(arguments));
     // Without a desktop the first that monitoring writes says that it may not read one.
-    const Json record = Json::parse(firstLineOf(arguments), nullptr, /*allow_exceptions=*/false);
+    const ProgramRun run = runToFirstLine(arguments);
+    EXPECT_EQ(run.errors, "");
+    const Json record = Json::parse(run.output, nullptr, /*allow_exceptions=*/false);
     ASSERT_TRUE(record.is_object());
     EXPECT_TRUE(record["type"] == "client-scan" || record["type"] == "health") << record;
     if (record["type"] == "health") {
