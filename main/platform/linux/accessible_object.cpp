@@ -10,6 +10,8 @@ namespace {
 
 constexpr const char* accessible = "org.a11y.atspi.Accessible";
 constexpr const char* propertiesInterface = "org.freedesktop.DBus.Properties";
+constexpr const char* component = "org.a11y.atspi.Component";
+constexpr std::uint32_t onScreen = 0;  // the coordinates of `GetExtents`
 constexpr std::string_view nullPath = "/org/a11y/atspi/null";
 
 // A reply that cannot be unpacked is a failure like any other.
@@ -85,6 +87,8 @@ bool putAhead(AccessibilityBus& bus, const ObjectName& object, Question question
       return askAhead(bus, object, propertiesInterface, "GetAll", "s", accessible);
     case Question::attributes:
       return askAhead(bus, object, accessible, "GetAttributes");
+    case Question::extents:
+      return askAhead(bus, object, component, "GetExtents", "u", onScreen);
   }
   return false;
 }
@@ -163,8 +167,7 @@ Answer<std::string> readRoleName(AccessibilityBus& bus, const BusTarget& target)
 }
 
 Answer<Extents> readExtents(AccessibilityBus& bus, const BusTarget& target) {
-  constexpr std::uint32_t onScreen = 0;
-  const BusReply reply = call(bus, target, "org.a11y.atspi.Component", "GetExtents", "u", onScreen);
+  const BusReply reply = call(bus, target, component, "GetExtents", "u", onScreen);
   if (reply.code != code::success) return {reply.code, {}};
   Extents extents;
   const bool good = sd_bus_message_read(reply.message.get(), "(iiii)", &extents.x, &extents.y,

@@ -34,7 +34,7 @@ struct ObjectProperties {
 };
 
 // What can be asked about an object ahead of the read that wants it.
-enum class Question { states, role, properties, attributes };
+enum class Question { states, role, properties, attributes, extents };
 
 // Puts the question under way in the bus's pipeline, which must lead to the object; the function
 // below that asks it then takes that reply. False when it could not be sent.

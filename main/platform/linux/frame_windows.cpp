@@ -2,7 +2,10 @@
 #include "platform/linux/frame_windows.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <string>
+#include <type_traits>
+#include <utility>
 
 #include "platform/linux/desktop.h"
 #include "platform/linux/role_map.h"
@@ -11,12 +14,32 @@
 namespace callmonitor::platform {
 namespace {
 
+// How many objects are asked ahead of the one whose answer is awaited.
+constexpr std::size_t objectsAhead = 32;
+
+// While this stands, several messages to the application may be under way: thirty windows cost a
+// few hundred, which one after the other would take longer than a list may.
+struct AskingAhead {
+  Desktop& here;
+  AskingAhead(Desktop& desktop, const BusTarget& root) : here(desktop) {
+    endScan(here);
+    const std::string& application = root.object.bus;
+    if (here.bus.connection && !here.bus.silent.contains(application)) {
+      openPipeline(here.bus.pipeline, here.bus.connection.get(), FarEnd::bus, application);
+    }
+  }
+  AskingAhead(const AskingAhead&) = delete;
+  AskingAhead& operator=(const AskingAhead&) = delete;
+  ~AskingAhead() { endScan(here); }
+};
+
 // A frame that is not known to have a window.
 struct LooseFrame {
   ObjectName object;
   std::string name;
   bool hasChildren = false;
   Standing standing = Standing::window;
+  std::optional<Extents> extents = std::nullopt;
 };
 
 // Without a window server to tell, a named frame with something in it is a window. Where there is
@@ -25,24 +48,74 @@ bool plainlyWindow(const LooseFrame& frame) {
   return frame.standing == Standing::window && frame.hasChildren;
 }
 
-// Fills `loose` when the object is a frame with a name. One that is gone or is no frame is passed
-// over.
-std::int32_t readFrame(Desktop& here, const BusTarget& target, std::vector<LooseFrame>& loose) {
-  const auto passable = [](std::int32_t result) {
-    return result == code::invalidElement || result == code::attributeUnsupported;
-  };
-  auto properties = readProperties(here.bus, target);
-  if (properties.code != code::success) {
-    return passable(properties.code) ? code::success : properties.code;
+// Puts a question about the objects from one place on under way, as far as there is room.
+template <class Object>
+void askNext(Desktop& here, const BusTarget& root, const std::vector<Object>& objects,
+             std::size_t at, Question question) {
+  const std::size_t end = std::min(objects.size(), at + objectsAhead);
+  for (; at < end; ++at) {
+    const ObjectName* object = nullptr;
+    if constexpr (std::is_same_v<Object, LooseFrame>) {
+      object = &objects[at].object;
+    } else {
+      object = &objects[at];
+    }
+    if (!leadsTo(here.bus.pipeline, object->bus)) continue;
+    if (!hasRoom(here.bus.pipeline, root.limit)) return;
+    if (!putAhead(here.bus, *object, question)) return;
   }
-  // Beside each of its windows a browser has two frames that have neither a name nor a window.
-  if (properties.value.name.empty()) return code::success;
-  const auto role = readRole(here.bus, target);
-  if (role.code != code::success) return passable(role.code) ? code::success : role.code;
-  const Standing standing = standingOf(role.value);
-  if (standing == Standing::part) return code::success;
-  loose.push_back({target.object, std::move(properties.value.name),
-                   properties.value.childCount.value_or(0) != 0, standing});
+}
+
+// An object that is gone or is no frame is passed over.
+bool passable(std::int32_t outcome) {
+  return outcome == code::invalidElement || outcome == code::attributeUnsupported;
+}
+
+// The objects that have a name. Beside each of its windows a browser has two frames that have
+// neither a name nor a window.
+Answer<std::vector<LooseFrame>> readNamed(Desktop& here, const BusTarget& root,
+                                          const std::vector<ObjectName>& objects) {
+  std::vector<LooseFrame> named;
+  for (std::size_t at = 0; at < objects.size(); ++at) {
+    askNext(here, root, objects, at, Question::properties);
+    auto properties = readProperties(here.bus, root.at(objects[at]));
+    if (properties.code != code::success) {
+      if (passable(properties.code)) continue;
+      return {properties.code, {}};
+    }
+    if (properties.value.name.empty()) continue;
+    named.push_back({objects[at], std::move(properties.value.name),
+                     properties.value.childCount.value_or(0) != 0});
+  }
+  return {code::success, std::move(named)};
+}
+
+// Those of the objects that are frames.
+Answer<std::vector<LooseFrame>> readFrames(Desktop& here, const BusTarget& root,
+                                           std::vector<LooseFrame> named) {
+  std::vector<LooseFrame> frames;
+  for (std::size_t at = 0; at < named.size(); ++at) {
+    askNext(here, root, named, at, Question::role);
+    const auto role = readRole(here.bus, root.at(named[at].object));
+    if (role.code != code::success) {
+      if (passable(role.code)) continue;
+      return {role.code, {}};
+    }
+    LooseFrame frame = named[at];
+    frame.standing = standingOf(role.value);
+    if (frame.standing != Standing::part) frames.push_back(std::move(frame));
+  }
+  return {code::success, std::move(frames)};
+}
+
+// Adds the places of frames. One that cannot be told stays absent.
+std::int32_t readPlaces(Desktop& here, const BusTarget& root, std::vector<LooseFrame>& frames) {
+  for (std::size_t at = 0; at < frames.size(); ++at) {
+    askNext(here, root, frames, at, Question::extents);
+    const auto extents = readExtents(here.bus, root.at(frames[at].object));
+    if (extents.code == code::cannotComplete) return extents.code;
+    if (extents.code == code::success) frames[at].extents = extents.value;
+  }
   return code::success;
 }
 
@@ -56,36 +129,32 @@ std::vector<ClientWindow> freeWindows(const FrameMemory& memory,
   return windows;
 }
 
-Answer<std::vector<MatchCandidate>> frameCandidates(Desktop& here, const BusTarget& root,
-                                                    const std::vector<LooseFrame>& loose) {
-  std::vector<MatchCandidate> frames;
+std::vector<MatchCandidate> candidatesOf(const std::vector<LooseFrame>& loose) {
+  std::vector<MatchCandidate> candidates;
   for (const LooseFrame& each : loose) {
-    MatchCandidate candidate{each.name, std::nullopt, plainlyWindow(each)};
-    const auto extents = readExtents(here.bus, root.at(each.object));
-    if (extents.code == code::cannotComplete) return {extents.code, {}};
-    if (extents.code == code::success) candidate.extents = extents.value;
-    frames.push_back(std::move(candidate));
+    candidates.push_back({each.name, each.extents, plainlyWindow(each)});
   }
-  return {code::success, std::move(frames)};
+  return candidates;
 }
 
 // Pairs loose frames with windows that are not taken and remembers the pairs.
 std::int32_t pairUp(Desktop& here, const WindowedApplication& application,
-                    const std::vector<LooseFrame>& loose) {
-  const auto frames = frameCandidates(here, application.root, loose);
-  if (frames.code != code::success) return frames.code;
+                    std::vector<LooseFrame>& loose) {
+  const std::int32_t outcome = readPlaces(here, application.root, loose);
+  if (outcome != code::success) return outcome;
+  const std::vector<MatchCandidate> frames = candidatesOf(loose);
   const auto windows = freeWindows(here.frames, application);
   std::vector<MatchCandidate> candidates;
   candidates.reserve(windows.size());
   for (const ClientWindow& each : windows) {
     candidates.push_back({each.name.value_or(""), each.extents, each.normal});
   }
-  const auto matches = matchWindows(frames.value, candidates);
+  const auto matches = matchWindows(frames, candidates);
   for (const WindowMatch& match : matches) {
     FramePairs& pairs = match.certain ? here.frames.certain : here.frames.passing;
     pairs.insert_or_assign(loose[match.frame].object, windows[match.window].id);
   }
-  return partnersMissing(frames.value, candidates, matches) ? code::failure : code::success;
+  return partnersMissing(frames, candidates, matches) ? code::failure : code::success;
 }
 
 // Whether the frame's window might as well be another frame's: windows of one name in one place.
@@ -114,11 +183,7 @@ std::vector<MatchCandidate> doubtfulWindows(const Desktop& here,
 // Whether the application may own windows that say they are somebody else's.
 bool windowsElsewhere(const Desktop& here, const WindowedApplication& application,
                       const std::vector<LooseFrame>& loose) {
-  std::vector<MatchCandidate> frames;
-  for (const LooseFrame& each : loose) {
-    frames.push_back({each.name, std::nullopt, plainlyWindow(each)});
-  }
-  return namesMeet(frames, doubtfulWindows(here, *application.listed));
+  return namesMeet(candidatesOf(loose), doubtfulWindows(here, *application.listed));
 }
 
 bool showsWindow(const WindowedApplication& application) {
@@ -131,13 +196,13 @@ bool showsWindow(const WindowedApplication& application) {
 // windows a failure.
 Answer<std::vector<LooseFrame>> readLoose(Desktop& here, const BusTarget& root,
                                           const std::vector<ObjectName>& children) {
-  std::vector<LooseFrame> loose;
+  std::vector<ObjectName> unknown;
   for (const ObjectName& child : children) {
-    if (here.frames.certain.contains(child)) continue;
-    const std::int32_t outcome = readFrame(here, root.at(child), loose);
-    if (outcome != code::success) return {outcome, {}};
+    if (!here.frames.certain.contains(child)) unknown.push_back(child);
   }
-  return {code::success, std::move(loose)};
+  auto named = readNamed(here, root, unknown);
+  if (named.code != code::success) return named;
+  return readFrames(here, root, std::move(named.value));
 }
 
 // Drops what an earlier reading knew and this one does not bear out.
@@ -154,10 +219,11 @@ void forgetOutdated(FrameMemory& memory, const WindowedApplication& application,
 Answer<std::vector<FrameWindow>> readWindows(Desktop& here,
                                              const WindowedApplication& application) {
   if (here.frames.generation != here.bus.generation) here.frames = {here.bus.generation, {}, {}};
+  const AskingAhead asking(here, application.root);
   const auto children = readChildren(here.bus, application.root);
   if (children.code != code::success) return {children.code, {}};
   forgetOutdated(here.frames, application, children.value);
-  const auto loose = readLoose(here, application.root, children.value);
+  auto loose = readLoose(here, application.root, children.value);
   if (loose.code != code::success) return {loose.code, {}};
   if (application.listed) {
     const std::int32_t outcome = pairUp(here, application, loose.value);
