@@ -38,6 +38,13 @@ class MonitorCase(unittest.TestCase):
         self.assertEqual([record["sequence"] for record in observations],
                          list(range(1, len(observations) + 1)))
 
+    def assertSessionGoesOn(self, stream, session, since=0, cycles=3):
+        """Asserts that nothing since the mark, nor some whole cycles from now on, ends a call."""
+        stream.waitForCycles(cycles, stream.mark())
+        told = [record for record in stream.observations(since) if record["sessionId"] == session]
+        self.assertTrue(told, "no record tells of the call")
+        self.assertNotIn("left", {record["state"] for record in told})
+
     def assertStatesSince(self, stream, mark, state, cycles=3):
         """Asserts that some whole cycles from now on tell of the call in that one state."""
         stream.waitForCycles(cycles, stream.mark())
@@ -54,17 +61,17 @@ class DesktopCase(MonitorCase):
         directory = cls.enterClassContext(tempfile.TemporaryDirectory())
         cls.pages = cls.enterClassContext(MeetingPages(directory))
 
-    def startBrowser(self, url, name="browser"):
+    def startBrowser(self, url, name="browser", app=False):
         """Starts a browser, with a profile of that name, and gives it; it ends with the test."""
-        browser = Browser(self.desktop, self.pages, url, name)
+        browser = Browser(self.desktop, self.pages, url, name, app)
         self.addCleanup(browser.close)
         return browser
 
-    def join(self, stream, tab):
+    def join(self, stream, tab, key=CALL_KEY):
         """Joins the call in the page and gives the first record that says so."""
         mark = stream.mark()
         tab.evaluate("show('call')")
-        return self.waitForState(stream, "joined", mark, callKey=CALL_KEY)
+        return self.waitForState(stream, "joined", mark, callKey=key)
 
 
 class CallCase(DesktopCase):
