@@ -203,6 +203,11 @@ class PrivateDesktop:
         for name, _, _ in reversed(_SOUND_PROGRAMS[server]):
             self.processes.stop(name)
 
+    def signalSound(self, number, server="pipewire"):
+        """Sends a signal to every program of a sound server."""
+        for name, _, _ in _SOUND_PROGRAMS[server]:
+            os.kill(self.processes.pid(name), number)
+
     def soundServerName(self):
         """Gives the name by which the sound server calls itself; empty while none answers."""
         name = re.search(r"^Server Name: (.*)$", self.query("pactl", "info"), re.MULTILINE)
