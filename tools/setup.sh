@@ -15,7 +15,7 @@ LINT_PACKAGES=(clang-format clang-tidy)
 # What a private desktop with a browser consists of. Whoever watches a desktop of their own needs
 # none of it.
 DESKTOP_PACKAGES=(xvfb dbus at-spi2-core openbox chromium fonts-dejavu-core openssl python3
-  python3-gi gir1.2-gtk-3.0 python3-websocket util-linux x11-utils xdotool pipewire
+  python3-gi gir1.2-gtk-3.0 python3-websocket util-linux x11-utils xdotool iproute2 pipewire
   pipewire-bin pipewire-pulse wireplumber pulseaudio pulseaudio-utils)
 
 # installMissing PACKAGE...: installs those of the packages that are not installed. A machine
