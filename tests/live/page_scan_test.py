@@ -73,6 +73,7 @@ class PageScanCase(DesktopCase):
             return text in texts and texts == before
 
         waitUntil(f"the tree holds {text!r} and stands still", settled)
+        self.scanner.ask("search")  # finds the page as it stands now
 
     def showCall(self):
         """Shows the screen of a call."""
@@ -209,9 +210,17 @@ class ABrowserThatHangs(PageScanCase):
 
     def inTime(self):
         """The evidence of a scan that was not cut short by a slow machine."""
-        return waitUntil("a scan sees the whole page", lambda: next(
-            (answer["evidence"] for answer in [self.scanner.ask("scan")]
-             if answer["evidence"]["complete"]), None))
+        answers = []
+
+        def whole():
+            answers.append(self.scanner.ask("scan"))
+            evidence = answers[-1]["evidence"]
+            return evidence if evidence["complete"] else None
+
+        try:
+            return waitUntil("a scan sees the whole page", whole)
+        except TimeoutError as error:
+            raise TimeoutError(f"{error}; the last scan: {answers[-1]}") from error
 
     @contextlib.contextmanager
     def stopped(self):
