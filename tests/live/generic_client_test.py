@@ -1,4 +1,4 @@
-"""Applications that are in no table: what makes one of them a client of calls, and what does not."""
+"""Applications that are in no table: what makes one a client of calls, and what does not."""
 
 from call_client import CallClient
 from live_case import MonitorCase

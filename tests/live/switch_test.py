@@ -1,4 +1,4 @@
-"""The switch by which programs learn, when they start, whether their accessibility trees are read."""
+"""The switch by which programs learn, when they start, whether anybody reads their trees."""
 
 from live_case import MonitorCase
 from private_desktop import PrivateDesktop

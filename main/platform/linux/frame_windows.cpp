@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <string>
-#include <type_traits>
 #include <utility>
 
 #include "platform/linux/desktop.h"
@@ -48,21 +47,23 @@ bool plainlyWindow(const LooseFrame& frame) {
   return frame.standing == Standing::window && frame.hasChildren;
 }
 
+const ObjectName& nameOf(const ObjectName& object) {
+  return object;
+}
+const ObjectName& nameOf(const LooseFrame& frame) {
+  return frame.object;
+}
+
 // Puts a question about the objects from one place on under way, as far as there is room.
 template <class Object>
 void askNext(Desktop& here, const BusTarget& root, const std::vector<Object>& objects,
              std::size_t at, Question question) {
   const std::size_t end = std::min(objects.size(), at + objectsAhead);
   for (; at < end; ++at) {
-    const ObjectName* object = nullptr;
-    if constexpr (std::is_same_v<Object, LooseFrame>) {
-      object = &objects[at].object;
-    } else {
-      object = &objects[at];
-    }
-    if (!leadsTo(here.bus.pipeline, object->bus)) continue;
+    const ObjectName& object = nameOf(objects[at]);
+    if (!leadsTo(here.bus.pipeline, object.bus)) continue;
     if (!hasRoom(here.bus.pipeline, root.limit)) return;
-    if (!putAhead(here.bus, *object, question)) return;
+    if (!putAhead(here.bus, object, question)) return;
   }
 }
 
@@ -131,6 +132,7 @@ std::vector<ClientWindow> freeWindows(const FrameMemory& memory,
 
 std::vector<MatchCandidate> candidatesOf(const std::vector<LooseFrame>& loose) {
   std::vector<MatchCandidate> candidates;
+  candidates.reserve(loose.size());
   for (const LooseFrame& each : loose) {
     candidates.push_back({each.name, each.extents, plainlyWindow(each)});
   }
