@@ -122,4 +122,6 @@ class ManyWindows(DesktopCase):
         titles = sorted(windowsOf(self.desktop, browser.pid).values())
         for answer in windows.next(8) + windows.answers():
             if answer["code"] == _SUCCESS:
-                self.assertEqual(sorted(answer["titles"]), titles)
+                # A title is read after the list, and may be late when the list was not.
+                self.assertEqual(len(answer["titles"]), len(titles))
+                self.assertLessEqual(set(answer["titles"]), {*titles, ""})
