@@ -172,9 +172,10 @@ class TheWebPagesOfTheClients(ClientCase):
 
     def test_each_address_of_a_meeting_names_it(self):
         for address, key in (
+                # A meeting of its own each: the call at the address before it is not over.
                 ("https://zoom.us/wc/join/91234567890?pwd=AbCdEf", _ZOOM_KEY),
                 ("https://us02web.zoom.us/j/81234567890", "zoom:81234567890"),
-                ("https://app.zoom.com/wc/91234567890/start", _ZOOM_KEY),
+                ("https://app.zoom.com/wc/71234567890/start", "zoom:71234567890"),
                 ("https://teams.live.com/meet/9312345678901?p=AbCdEfGh", "teams:9312345678901"),
                 ("https://teams.live.com/v2/#/meet/9412345678901?p=A", "teams:9412345678901"),
                 (_launchAddress("https://teams.live.com/meet/9512345678901?p=AbCdEfGhIj"),
@@ -182,14 +183,10 @@ class TheWebPagesOfTheClients(ClientCase):
                 ("https://teams.cloud.microsoft/v2/meet/meeting_ID", "teams:meeting_ID")):
             with self.subTest(address=address):
                 self.openMeeting(address, key)
-                session = self.joinHere()["sessionId"]
-                mark = self.stream.mark()
-                self.showOnly("<h1>You left the meeting</h1>")
-                self.waitForState(self.stream, "left", mark, sessionId=session)
+                self.assertEqual(self.joinHere()["sequence"], 1)
 
     def test_the_controls_of_a_call_open_none_at_an_address_that_names_no_meeting(self):
         for address, text in (("https://app.zoom.us/wc/home", "mute my microphone"),
-                              (f"https://{TEAMS_HOST}/v2/", "Mute mic"),
                               (_launchAddress(_ZOOM_ADDRESS), "Mute mic")):
             with self.subTest(address=address):
                 mark = self.stream.mark()
