@@ -86,7 +86,7 @@ class CallsHeardThroughPipeWire(HeardCalls, HeardCase):
         self.assertEndsOnceGone(session, mark)
 
     def test_a_call_that_mutes_pauses_or_is_silent_for_long_goes_on(self):
-        tab, session = self.openCall()
+        tab, _ = self.openCall()
         for action in _QUIET:
             with self.subTest(action=action):
                 mark = self.stream.mark()
@@ -95,7 +95,6 @@ class CallsHeardThroughPipeWire(HeardCalls, HeardCase):
         self.waitForStreams()
         mark = self.stream.mark()
         self.assertStatesSince(self.stream, mark, "joined", _SILENT_CYCLES)
-        self.assertSessionGoesOn(self.stream, session, cycles=1)
         self.assertOneSession(self.stream.observations())
 
 

@@ -9,7 +9,7 @@ from story import CALL_ADDRESS
 from waiting import waitUntil
 
 OTHER_ADDRESS = f"https://{OTHER_HOST}/"
-# Whole cycles after which the monitor has heard what the sound server has told before them.
+# Cycles of which one is whole: in it the monitor hears what the sound server told before.
 _HEARD_CYCLES = 2
 _PARTS = ("display", "session bus", "accessibility bus", "window manager")
 _SOUND_PART = {"pipewire": "sound", "pulseaudio": "pulse sound"}
@@ -40,7 +40,7 @@ class SoundCase(DesktopCase):
         if heard:
             tab.evaluate("openMicrophone().then(play)")
             self.waitForStreams("microphone", "speaker")
-            self.stream.waitForCycles(_HEARD_CYCLES + 1)
+            self.stream.waitForCycles(_HEARD_CYCLES)
         return tab, session
 
     def openTab(self, url):
