@@ -57,7 +57,11 @@ class SoundCase(DesktopCase):
 
     def assertEndsOnceGone(self, session, since):
         """Asserts that a call is unknown at least once and then, and only once, left."""
-        self.waitForState(self.stream, "left", since, sessionId=session)
+        try:
+            self.waitForState(self.stream, "left", since, sessionId=session)
+        except TimeoutError as error:
+            running = runningStreams(self.desktop, self.browser.pid)
+            raise TimeoutError(f"{error}\nthe browser uses {running or 'no sound'}") from None
         self.stream.waitForCycles(1)
         states = [record["state"] for record in self.stream.observations(since)
                   if record["sessionId"] == session]
