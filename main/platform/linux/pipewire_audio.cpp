@@ -262,10 +262,12 @@ PipeWireAudioHandle makePipeWireAudio() {
   if (audio->loop == nullptr) return nullptr;
   // The usual configuration is for programs that have streams of their own, and loads what they
   // need; to listen, the protocol is enough.
-  audio->context =
-      pw_context_new(audio->loop, pw_properties_new(PW_KEY_CONFIG_NAME, "null", nullptr), 0);
+  // A context comes with a thread for the samples of streams. It is cancelled, because a request to
+  // end that reaches it while it starts may be lost, and whoever waits for its end waits for ever.
+  audio->context = pw_context_new(
+      audio->loop, pw_properties_new(PW_KEY_CONFIG_NAME, "null", "loop.cancel", "true", nullptr),
+      0);
   if (audio->context == nullptr) return nullptr;
-  // A context comes with a thread for the samples of streams.
   pw_data_loop_stop(pw_context_get_data_loop(audio->context));
   if (pw_context_load_module(audio->context, "libpipewire-module-protocol-native", nullptr,
                              nullptr) == nullptr) {
