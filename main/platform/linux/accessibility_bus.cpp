@@ -1,12 +1,11 @@
 // Outside the pipeline, messages are bounded by the library's own time limit of a call.
 #include "platform/linux/accessibility_bus.h"
 
-#include <unistd.h>
-
 #include <cerrno>
 #include <cstdlib>
 
 #include "platform/linux/message_errors.h"
+#include "platform/linux/runtime_directory.h"
 
 namespace callmonitor::platform {
 namespace {
@@ -25,11 +24,7 @@ double deadlineFromNow() {
 std::string sessionBusAddress() {
   const char* address = std::getenv("DBUS_SESSION_BUS_ADDRESS");
   if (address != nullptr && *address != '\0') return address;
-  const char* runtime = std::getenv("XDG_RUNTIME_DIR");
-  const std::string directory = runtime != nullptr && *runtime != '\0'
-                                    ? std::string(runtime)
-                                    : "/run/user/" + std::to_string(getuid());
-  return "unix:path=" + directory + "/bus";
+  return "unix:path=" + runtimeDirectory() + "/bus";
 }
 
 // Null when nothing answers at the address within the limit.

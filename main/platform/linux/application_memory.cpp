@@ -1,29 +1,10 @@
-// The kernel alone says when a launch is over; lists only say what is an application.
 #include "platform/linux/application_memory.h"
 
 namespace callmonitor::platform {
 
-bool launchGoesOn(const KnownApplications& known, std::int32_t pid, const ProcessLook& look) {
-  const auto found = known.find(pid);
-  if (found == known.end() || look.gone) return false;
-  return !look.stat || look.stat->startTicks == found->second.launch.startTicks;
-}
-
 bool isStranger(const CycleList& list, std::int32_t pid, const ProcessLook& look) {
   return list.stranger && list.stranger->pid == pid && look.stat &&
          look.stat->startTicks == list.stranger->startTicks;
-}
-
-void updateKnown(KnownApplications& known, const std::set<std::int32_t>& listed,
-                 const ProcessLooker& look) {
-  std::set<std::int32_t> pids = listed;
-  for (const auto& [pid, application] : known) pids.insert(pid);
-  for (const std::int32_t pid : pids) {
-    const ProcessLook now = look(pid);
-    if (launchGoesOn(known, pid, now)) continue;
-    known.erase(pid);
-    if (now.stat && listed.contains(pid)) known.emplace(pid, KnownApplication{*now.stat, {}});
-  }
 }
 
 }  // namespace callmonitor::platform

@@ -3,14 +3,13 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <map>
 #include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
 #include "platform/linux/accessibility_bus.h"
+#include "platform/linux/known_applications.h"
 #include "platform/linux/process_files.h"
 #include "platform/linux/x11.h"
 #include "platform/platform.h"
@@ -22,14 +21,6 @@ struct RegisteredApplication {
   ObjectName root;
   std::int32_t pid = 0;
 };
-
-// One launch that was once listed as an application.
-struct KnownApplication {
-  ProcessStat launch;
-  // Does not change while the process lives; absent until it could be told.
-  std::optional<std::string> bundle;
-};
-using KnownApplications = std::map<std::int32_t, KnownApplication>;  // by process id
 
 // One launch that is no application.
 struct Stranger {
@@ -56,20 +47,7 @@ struct ApplicationMemory {
   std::optional<CycleList> list;
 };
 
-using ProcessLooker = std::function<ProcessLook(std::int32_t)>;
-
-// Whether the launch that is known of `pid` is not over, as far as a look at the process can tell:
-// a look that says nothing ends nothing. False for a process that is not known.
-[[nodiscard]] bool launchGoesOn(const KnownApplications& known, std::int32_t pid,
-                                const ProcessLook& look);
-
 // Whether the list was made for the launch that `look` shows, and in vain.
 [[nodiscard]] bool isStranger(const CycleList& list, std::int32_t pid, const ProcessLook& look);
-
-// Brings `known` up to date with the process ids that are listed now. What was known stays, listed
-// or not, until a look says that this launch is over; what is listed becomes known as soon as a
-// look shows its launch. Each process is looked at once.
-void updateKnown(KnownApplications& known, const std::set<std::int32_t>& listed,
-                 const ProcessLooker& look);
 
 }  // namespace callmonitor::platform

@@ -1,7 +1,7 @@
 // What this platform remembers of the sound system.
 #pragma once
 
-#include "platform/linux/application_memory.h"
+#include "platform/linux/known_applications.h"
 #include "platform/linux/pipewire_audio.h"
 #include "platform/linux/pulse_audio.h"
 #include "platform/linux/run_loop.h"

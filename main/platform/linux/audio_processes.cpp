@@ -17,8 +17,11 @@ namespace {
 // Seconds between two attempts to reach a server that is not there.
 constexpr double attemptPeriod = 1.0;
 
+// What could not be asked yet may be there.
 ServersHeard serversHeard(const AudioHearing& hearing) {
   ServersHeard heard;
+  heard.pipewire = Hearing::learning;
+  heard.pulse = Hearing::learning;
   if (hearing.pipewire) {
     const PipeWireGraph& graph = pipeWireGraph(*hearing.pipewire);
     heard.pipewire = pipeWireHearing(*hearing.pipewire);
@@ -34,8 +37,7 @@ ServersHeard serversHeard(const AudioHearing& hearing) {
 
 // A PipeWire that has just come up may yet turn out not to hear PulseAudio's clients, so a
 // connection to PulseAudio goes only when it is known to be needless.
-void connectServers(AudioHearing& hearing) {
-  if (hearing.pipewire) connectPipeWire(*hearing.pipewire);
+void connectPulseIfItMatters(AudioHearing& hearing) {
   const ServersHeard heard = serversHeard(hearing);
   if (pulseMatters(heard)) {
     if (!hearing.pulse) hearing.pulse = makePulseAudio();
@@ -45,9 +47,17 @@ void connectServers(AudioHearing& hearing) {
   }
 }
 
+void connectServers(AudioHearing& hearing) {
+  if (!hearing.pipewire) hearing.pipewire = makePipeWireAudio();
+  if (hearing.pipewire) connectPipeWire(*hearing.pipewire);
+  connectPulseIfItMatters(hearing);
+}
+
 // All streams that there are, as of now; absent while that is not known.
 std::optional<std::vector<AudioStream>> heardStreams(AudioHearing& hearing) {
   if (hearing.pipewire) hearPipeWire(*hearing.pipewire);
+  // What was just heard may be the first word of a need for the other server.
+  connectPulseIfItMatters(hearing);
   if (hearing.pulse) hearPulse(*hearing.pulse);
   const ServersBelieved believed = serversBelieved(serversHeard(hearing));
   if (!believed.pipewire && !believed.pulse) return std::nullopt;
@@ -69,7 +79,6 @@ std::optional<std::vector<AudioStream>> heardStreams(AudioHearing& hearing) {
 
 void beginHearing(AudioHearing& hearing) {
   if (hearing.connecting) return;
-  hearing.pipewire = makePipeWireAudio();
   connectServers(hearing);
   hearing.connecting = everySeconds(attemptPeriod, [&hearing] { connectServers(hearing); });
 }
@@ -78,9 +87,18 @@ std::optional<std::vector<AudioProcess>> audioProcesses() {
   Desktop& here = desktop();
   const auto streams = heardStreams(here.audio);
   if (!streams) return std::nullopt;
-  const ProcessQuestions questions{lookAtProcess, [](std::int32_t pid) {
-                                     return bundleIdentifier(identityFacts(pid)).value_or("");
-                                   }};
+  ProcessQuestions questions;
+  questions.look = lookAtProcess;
+  questions.bundle = [](std::int32_t pid) {
+    return bundleIdentifier(identityFacts(pid)).value_or("");
+  };
+  questions.flatpakBundle = [](const std::string& flatpak) {
+    IdentityFacts facts;
+    facts.flatpak = flatpak;
+    return bundleIdentifier(facts).value_or("");
+  };
+  questions.names = processNames;
+  questions.machine = thisMachine();
   // Reading the applications is dear, and needless in the usual silence.
   const bool nobody = streams->empty() && here.audio.owners.empty();
   return foldStreams(*streams, nobody ? std::vector<Application>() : runningApplications(),

@@ -2,9 +2,9 @@
 #include "platform/linux/audio_streams.h"
 
 #include <algorithm>
-#include <charconv>
+#include <map>
 #include <set>
-#include <system_error>
+#include <utility>
 
 namespace callmonitor::platform {
 namespace {
@@ -23,34 +23,31 @@ void addStream(AudioProcess& process, const AudioStream& stream) {
   (stream.input ? process.input : process.output) |= stream.running;
 }
 
+std::set<std::int32_t> processesOf(const std::string& bundle,
+                                   const std::vector<Application>& applications) {
+  std::set<std::int32_t> pids;
+  for (const Application& each : applications) {
+    if (each.bundleIdentifier == bundle) pids.insert(each.pid);
+  }
+  return pids;
+}
+
+Belief whose(const AudioStream& stream, const ProcessQuestions& questions) {
+  if (!stream.pid) return Belief::nobody;
+  if (!stream.claim) return Belief::process;
+  return beliefIn(*stream.claim, questions.machine, questions.names(*stream.pid));
+}
+
 }  // namespace
-
-std::string_view propertyOf(const SoundProperties& properties, std::string_view name) {
-  const auto found = properties.find(name);
-  return found != properties.end() ? std::string_view(found->second) : std::string_view();
-}
-
-bool isSet(const SoundProperties& properties, std::string_view name) {
-  const std::string_view value = propertyOf(properties, name);
-  return value == "true" || value == "1";
-}
-
-std::optional<std::int32_t> processIn(const SoundProperties& properties, std::string_view name) {
-  const std::string_view text = propertyOf(properties, name);
-  std::int32_t pid = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), pid);
-  if (error != std::errc() || end != text.data() + text.size() || pid <= 0) return std::nullopt;
-  return pid;
-}
 
 std::optional<std::int32_t> owningProcess(std::int32_t pid,
                                           const std::vector<Application>& applications,
                                           const ProcessLooker& look) {
   std::int32_t ancestor = pid;
   for (int step = 0; step < mostAncestors && ancestor > 1; ++step) {
-    if (applicationOf(applications, ancestor) != nullptr) return ancestor;
     const ProcessLook now = look(ancestor);
-    if (now.gone) break;
+    if (now.gone) return ancestor == pid ? std::nullopt : std::optional(pid);
+    if (applicationOf(applications, ancestor) != nullptr) return ancestor;
     if (!now.stat) return std::nullopt;
     ancestor = now.stat->parent;
   }
@@ -61,14 +58,25 @@ std::optional<std::vector<AudioProcess>> foldStreams(const std::vector<AudioStre
                                                      const std::vector<Application>& applications,
                                                      KnownApplications& owners,
                                                      const ProcessQuestions& questions) {
-  std::map<std::int32_t, AudioProcess> heard;  // by owner
-  std::optional<AudioProcess> nobodys;
+  std::map<std::int32_t, AudioProcess> heard;     // by owner
+  std::map<std::string, AudioProcess> ownerless;  // by bundle
   std::set<std::int32_t> owning;
   for (const AudioStream& stream : streams) {
-    if (!stream.pid) {
-      if (!nobodys) nobodys.emplace();
-      addStream(*nobodys, stream);
+    if (stream.claim && !stream.claim->flatpak.empty()) {
+      const std::string bundle = questions.flatpakBundle(stream.claim->flatpak);
+      const auto family = processesOf(bundle, applications);
+      owning.insert(family.begin(), family.end());
+      addStream(family.empty() ? ownerless[bundle] : heard[*family.begin()], stream);
       continue;
+    }
+    switch (whose(stream, questions)) {
+      case Belief::nobody:
+        addStream(ownerless[""], stream);
+        continue;
+      case Belief::unknown:
+        return std::nullopt;
+      case Belief::process:
+        break;
     }
     const auto owner = owningProcess(*stream.pid, applications, questions.look);
     if (!owner) return std::nullopt;
@@ -89,13 +97,12 @@ std::optional<std::vector<AudioProcess>> foldStreams(const std::vector<AudioStre
     process.bundle = *owner.bundle;
     processes.push_back(std::move(process));
   }
-  // What is left has streams and no living process.
-  for (const auto& [pid, process] : heard) {
-    if (!nobodys) nobodys.emplace();
-    nobodys->input = nobodys->input || process.input;
-    nobodys->output = nobodys->output || process.output;
+  // What is left has streams, and its process ended just now.
+  if (!heard.empty()) return std::nullopt;
+  for (auto& [bundle, process] : ownerless) {
+    process.bundle = bundle;
+    processes.push_back(std::move(process));
   }
-  if (nobodys) processes.push_back(*nobodys);
   return processes;
 }
 
@@ -112,12 +119,13 @@ ServersBelieved serversBelieved(const ServersHeard& heard) {
       }
       return {true, !heard.pulseIsPipewire};
     case Hearing::learning:
+    case Hearing::silent:
+      // It may have streams that PipeWire knows nothing of.
       return neither;
     case Hearing::absent:
-    case Hearing::silent:
       break;
   }
-  // A PipeWire that has devices has the sound, unless a PulseAudio says otherwise.
+  // Without a PulseAudio, a PipeWire that has devices has the sound.
   const bool sounds = heard.pipewire == Hearing::known && heard.pipewireHasDevices;
   return {sounds, false};
 }

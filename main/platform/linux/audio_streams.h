@@ -4,33 +4,23 @@
 
 #include <cstdint>
 #include <functional>
-#include <map>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
-#include "platform/linux/application_memory.h"
+#include "platform/linux/known_applications.h"
+#include "platform/linux/stream_claim.h"
 #include "platform/platform.h"
 
 namespace callmonitor::platform {
-
-// What a server says of an object, by name; valid UTF-8 is not promised.
-using SoundProperties = std::map<std::string, std::string, std::less<>>;
-
-// The value of a property; empty when the object has none of that name.
-[[nodiscard]] std::string_view propertyOf(const SoundProperties& properties, std::string_view name);
-// Whether a property is set to what the servers write for "yes".
-[[nodiscard]] bool isSet(const SoundProperties& properties, std::string_view name);
-// A property that is a process id; absent when there is none or it cannot be one.
-[[nodiscard]] std::optional<std::int32_t> processIn(const SoundProperties& properties,
-                                                    std::string_view name);
 
 // One capture or playback stream of a program.
 struct AudioStream {
   bool input = false;               // captures; otherwise it plays
   bool running = false;             // sound passes through it now
   std::optional<std::int32_t> pid;  // absent when the server does not know whose it is
+  // Where `pid` is the client's own word; absent where the kernel vouches for it.
+  std::optional<StreamClaim> claim{};
 };
 
 // What is asked of the desktop about processes.
@@ -38,25 +28,31 @@ struct ProcessQuestions {
   ProcessLooker look;
   // The bundle identifier of a process that is not in the list of applications; empty when unknown.
   std::function<std::string(std::int32_t)> bundle;
+  // That of a Flatpak application.
+  std::function<std::string(const std::string&)> flatpakBundle;
+  std::function<ProcessNames(std::int32_t)> names;
+  Machine machine;
 };
 
 // The process that a stream of `pid` counts for: the nearest of `pid` and its ancestors that is an
 // application, and `pid` itself when none is. Absent when a process on the way could not be looked
-// at, so that nothing can be said.
+// at, or `pid` has ended while its stream goes on, so that nothing can be said.
 [[nodiscard]] std::optional<std::int32_t> owningProcess(
     std::int32_t pid, const std::vector<Application>& applications, const ProcessLooker& look);
 
 // One entry for each process that owns a stream or is remembered to have owned one and still lives;
-// `owners` is that memory and is brought up to date. The streams whose process is unknown or has
-// ended share one entry without a bundle. Absent when the owner of a stream could not be told.
+// `owners` is that memory and is brought up to date. The streams that name no process and those of
+// other machines share one entry without a bundle. A stream out of a Flatpak sandbox, whose process
+// ids mean nothing outside, belongs to the applications of that sandbox together. Absent when the
+// owner of a stream could not be told.
 [[nodiscard]] std::optional<std::vector<AudioProcess>> foldStreams(
     const std::vector<AudioStream>& streams, const std::vector<Application>& applications,
     KnownApplications& owners, const ProcessQuestions& questions);
 
 // How much of one sound server is known.
 enum class Hearing {
-  absent,    // nothing answers where the server would be
-  learning,  // it is there, and what it has said so far is not complete
+  absent,    // there is no such server
+  learning,  // it is there or may be, and what it has said so far is not complete
   silent,    // it is there and has not answered in time
   known      // all that it has is known
 };

@@ -6,12 +6,16 @@
 #include <pipewire/pipewire.h>
 #include <sys/epoll.h>
 
+#include <algorithm>
+#include <array>
+#include <cstdlib>
 #include <map>
-#include <optional>
+#include <string>
 #include <string_view>
 
 #include "platform/linux/run_loop.h"
-#include "platform/platform.h"
+#include "platform/linux/runtime_directory.h"
+#include "platform/linux/sound_server_talk.h"
 
 // The library's calls are macros around an extension that every compiler of this desktop has.
 #pragma GCC diagnostic ignored "-Wpedantic"
@@ -19,11 +23,15 @@
 namespace callmonitor::platform {
 namespace {
 
-// Seconds that the server may take to answer. It answers within milliseconds, and it is asked once
-// a cycle, that is about once a second.
-constexpr double answerLimit = 0.5;
-// Steps of the library's loop in one go; far more than the messages of one cycle take.
-constexpr int mostSteps = 256;
+// The library looks for its server in what these name, and elsewhere than this program does when
+// none of them is set.
+constexpr std::array directoryVariables{"PIPEWIRE_REMOTE", "PIPEWIRE_RUNTIME_DIR",
+                                        "XDG_RUNTIME_DIR"};
+
+bool isNamed(const char* variable) {
+  const char* value = std::getenv(variable);
+  return value != nullptr && *value != '\0';
+}
 
 // A client or node that is being listened to.
 struct Bound {
@@ -40,12 +48,6 @@ struct Bound {
   }
   Bound(const Bound&) = delete;
   Bound& operator=(const Bound&) = delete;
-};
-
-// A question to which the server answers when it has said everything that it had to say before.
-struct Question {
-  int number = 0;
-  double askedAt = 0;  // uptime
 };
 
 SoundProperties propertiesOf(const spa_dict* dictionary) {
@@ -74,8 +76,9 @@ struct PipeWireAudio {
   bool lost = false;
   // The first answer says that all objects were announced, the second that each has had its say.
   int answers = 0;
-  bool silent = false;
-  std::optional<Question> question;
+  ServerPatience patience;
+  // The question to which the server answers when it has said all that it had to say before.
+  int question = 0;
   PipeWireGraph graph;
   std::map<std::uint32_t, Bound> clients;
   std::map<std::uint32_t, Bound> nodes;
@@ -91,7 +94,8 @@ namespace {
 constexpr int answersNeeded = 2;
 
 void ask(PipeWireAudio& audio) {
-  audio.question = Question{pw_core_sync(audio.core, PW_ID_CORE, 0), systemUptime()};
+  audio.question = pw_core_sync(audio.core, PW_ID_CORE, 0);
+  noteQuestion(audio.patience);
 }
 
 void disconnect(PipeWireAudio& audio) {
@@ -108,22 +112,20 @@ void disconnect(PipeWireAudio& audio) {
   audio.core = nullptr;
   audio.graph = {};
   audio.answers = 0;
-  audio.silent = false;
-  audio.question.reset();
+  audio.patience = {};
   audio.lost = false;
 }
 
 // Lets the library run the callbacks of what has arrived. A connection cannot be ended from within
 // one of them, so one that was lost is ended here.
 void step(PipeWireAudio& audio) {
-  if (audio.stepping) return;
-  audio.stepping = true;
-  pw_loop_enter(audio.loop);
-  for (int i = 0; i < mostSteps && pw_loop_iterate(audio.loop, 0) > 0 && !audio.lost; ++i) {
-  }
-  pw_loop_leave(audio.loop);
-  audio.stepping = false;
-  if (audio.lost) disconnect(audio);
+  const bool outermost = stepLoop(audio.stepping, [&audio] {
+    pw_loop_enter(audio.loop);
+    const int handled = pw_loop_iterate(audio.loop, 0);
+    pw_loop_leave(audio.loop);
+    return handled > 0 && !audio.lost;
+  });
+  if (outermost && audio.lost) disconnect(audio);
 }
 
 void onNodeInfo(void* data, const pw_node_info* info) {
@@ -206,9 +208,8 @@ void onGlobalRemove(void* data, std::uint32_t number) {
 
 void onDone(void* data, std::uint32_t id, int number) {
   auto& audio = *static_cast<PipeWireAudio*>(data);
-  if (id != PW_ID_CORE || !audio.question || audio.question->number != number) return;
-  audio.question.reset();
-  audio.silent = false;
+  if (id != PW_ID_CORE || !audio.patience.askedAt || audio.question != number) return;
+  noteAnswer(audio.patience);
   if (++audio.answers < answersNeeded) ask(audio);
 }
 
@@ -280,7 +281,12 @@ PipeWireAudioHandle makePipeWireAudio() {
 
 void connectPipeWire(PipeWireAudio& audio) {
   if (audio.core != nullptr) return;
-  audio.core = pw_context_connect(audio.context, nullptr, 0);
+  pw_properties* options = nullptr;
+  if (std::none_of(directoryVariables.begin(), directoryVariables.end(), isNamed)) {
+    const std::string socket = runtimeDirectory() + "/" + PW_DEFAULT_REMOTE;
+    options = pw_properties_new(PW_KEY_REMOTE_NAME, socket.c_str(), nullptr);
+  }
+  audio.core = pw_context_connect(audio.context, options, 0);
   if (audio.core == nullptr) return;
   pw_core_add_listener(audio.core, &audio.coreListener, &coreEvents(), &audio);
   audio.registry = pw_core_get_registry(audio.core, PW_VERSION_REGISTRY, 0);
@@ -295,16 +301,13 @@ void connectPipeWire(PipeWireAudio& audio) {
 void hearPipeWire(PipeWireAudio& audio) {
   step(audio);
   if (audio.core == nullptr) return;
-  if (!audio.question) {
-    ask(audio);
-  } else if (systemUptime() - audio.question->askedAt > answerLimit) {
-    audio.silent = true;
-  }
+  if (!audio.patience.askedAt) ask(audio);
+  noteTime(audio.patience);
 }
 
 Hearing pipeWireHearing(const PipeWireAudio& audio) {
   if (audio.core == nullptr) return Hearing::absent;
-  if (audio.silent) return Hearing::silent;
+  if (audio.patience.silent) return Hearing::silent;
   return audio.answers < answersNeeded ? Hearing::learning : Hearing::known;
 }
 

@@ -29,15 +29,17 @@ const GraphObject* clientOf(const PipeWireGraph& graph, const SoundProperties& n
   return found != graph.clients.end() ? &found->second : nullptr;
 }
 
-// The process behind a stream. A client that came through the PulseAudio service has that service's
-// process id as the one that the kernel vouches for, and says its own by itself.
-std::optional<std::int32_t> processOf(const SoundProperties& node, const SoundProperties& client) {
-  if (propertyOf(node, "client.api") == pulseService ||
-      propertyOf(client, "client.api") == pulseService) {
-    const auto pid = processIn(node, "application.process.id");
-    return pid ? pid : processIn(client, "application.process.id");
+// A client that came through the PulseAudio service has that service's process id as the one that
+// the kernel vouches for, and says its own by itself.
+AudioStream streamOf(bool captures, const GraphObject& object, const SoundProperties& client) {
+  const SoundProperties& node = object.properties;
+  if (propertyOf(node, "client.api") != pulseService &&
+      propertyOf(client, "client.api") != pulseService) {
+    return {captures, object.running, processIn(client, "pipewire.sec.pid"), {}};
   }
-  return processIn(client, "pipewire.sec.pid");
+  auto pid = processIn(node, "application.process.id");
+  if (!pid) pid = processIn(client, "application.process.id");
+  return {captures, object.running, pid, claimIn(node, client)};
 }
 
 }  // namespace
@@ -71,11 +73,11 @@ std::optional<std::vector<AudioStream>> streamsOf(const PipeWireGraph& graph) {
     const GraphObject* client = clientOf(graph, node.properties);
     if (client == nullptr) {
       // A node of the server itself, or one whose client has just gone and which goes next.
-      streams.push_back({*captures, node.running, std::nullopt});
+      streams.push_back({*captures, node.running, {}, {}});
       continue;
     }
     if (!client->told) return std::nullopt;
-    streams.push_back({*captures, node.running, processOf(node.properties, client->properties)});
+    streams.push_back(streamOf(*captures, node, client->properties));
   }
   return streams;
 }

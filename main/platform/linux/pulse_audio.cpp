@@ -15,18 +15,18 @@
 #include <string>
 #include <utility>
 
+#include "platform/linux/pulse_cookie.h"
 #include "platform/linux/pulse_socket.h"
 #include "platform/linux/run_loop.h"
+#include "platform/linux/sound_server_talk.h"
 #include "platform/platform.h"
 
 namespace callmonitor::platform {
 namespace {
 
-// Seconds that the server may take to answer. It answers within milliseconds, and it is asked once
-// a cycle, that is about once a second.
-constexpr double answerLimit = 0.5;
-// Steps of the library's loop in one go; far more than the messages of one cycle take.
-constexpr int mostSteps = 256;
+// Seconds for which there must have been no socket until there is no server: one that is being
+// restarted, or comes up after PipeWire at the beginning of a session, takes less.
+constexpr double awayLimit = 5.0;
 
 // A descriptor of the library's and what the library waits for on it.
 using Waiting = std::pair<int, std::uint32_t>;
@@ -36,7 +36,8 @@ using Waiting = std::pair<int, std::uint32_t>;
 struct PulseAudio {
   pa_mainloop* loop = nullptr;
   bool stepping = false;
-  std::vector<Waiting> waiting;  // as of the library's last look
+  std::optional<double> awaySince;  // uptime; since when every look found no socket
+  std::vector<Waiting> waiting;     // as of the library's last look
   std::vector<Waiting> watched;
   std::vector<LoopSourceHandle> watches;
 
@@ -45,8 +46,7 @@ struct PulseAudio {
   bool lost = false;
   bool changed = false;  // since the snapshot that is being taken was begun
   bool complete = false;
-  bool silent = false;
-  std::optional<double> askedAt;  // uptime; since when a reply is awaited
+  ServerPatience patience;
   PulseSnapshot known;
   PulseSnapshot building;
 
@@ -133,8 +133,7 @@ void onCapture(pa_context* /*context*/, const pa_source_output_info* info, int e
   if (audio.lost) return;
   audio.known = std::exchange(audio.building, {});
   audio.complete = true;
-  audio.silent = false;
-  audio.askedAt.reset();
+  noteAnswer(audio.patience);
   if (audio.changed) ask(audio);
 }
 
@@ -152,7 +151,7 @@ void ask(PulseAudio& audio) {
   pa_context* context = audio.context;
   audio.changed = false;
   audio.building = {};
-  audio.askedAt = systemUptime();
+  noteQuestion(audio.patience);
   static_cast<void>(
       sent(audio, pa_context_get_server_info(context, onServer, &audio)) &&
       sent(audio, pa_context_get_sink_info_list(context, onSink, &audio)) &&
@@ -165,7 +164,7 @@ void onEvent(pa_context* /*context*/, pa_subscription_event_type_t /*type*/,
              std::uint32_t /*index*/, void* data) {
   auto& audio = *static_cast<PulseAudio*>(data);
   audio.changed = true;
-  if (!audio.askedAt) ask(audio);
+  if (!audio.patience.askedAt) ask(audio);
 }
 
 void onState(pa_context* context, void* data) {
@@ -204,12 +203,11 @@ void watchAnew(PulseAudio& audio) {
 // Lets the library run the callbacks of what has arrived. A connection cannot be ended from within
 // one of them, so one that was lost is ended here.
 void step(PulseAudio& audio) {
-  if (audio.stepping || audio.context == nullptr) return;
-  audio.stepping = true;
-  for (int i = 0; i < mostSteps && pa_mainloop_iterate(audio.loop, 0, nullptr) > 0; ++i) {
-    if (audio.lost) break;
-  }
-  audio.stepping = false;
+  if (audio.context == nullptr) return;
+  const bool outermost = stepLoop(audio.stepping, [&audio] {
+    return pa_mainloop_iterate(audio.loop, 0, nullptr) > 0 && !audio.lost;
+  });
+  if (!outermost) return;
   if (audio.lost) {
     disconnectPulse(audio);
   } else if (audio.waiting != audio.watched) {
@@ -217,16 +215,38 @@ void step(PulseAudio& audio) {
   }
 }
 
-// Made while the library does not see the display: it would ask the X server where its own server
-// is, and wait for that answer without limit.
-pa_context* contextWithoutDisplay(pa_mainloop_api* api) {
-  constexpr const char* variable = "DISPLAY";
-  const char* value = std::getenv(variable);
-  const auto display = value != nullptr ? std::optional<std::string>(value) : std::nullopt;
-  if (display) unsetenv(variable);
+// Takes a variable out of the environment for as long as it lives.
+class WithoutVariable {
+ public:
+  explicit WithoutVariable(const char* name) : name_(name) {
+    if (const char* value = std::getenv(name)) value_ = value;
+    if (value_) unsetenv(name);
+  }
+  ~WithoutVariable() {
+    if (value_) setenv(name_, value_->c_str(), 1);
+  }
+  WithoutVariable(const WithoutVariable&) = delete;
+  WithoutVariable& operator=(const WithoutVariable&) = delete;
+
+ private:
+  const char* name_;
+  std::optional<std::string> value_;
+};
+
+// A connection that neither waits nor writes. The library would ask the X server where its own
+// server is, and wait for that answer without limit, and it would make a cookie where one is named
+// or usual: so it sees neither the display nor the name of a cookie.
+pa_context* makeContext(pa_mainloop_api* api) {
+  const std::string cookie = pulseCookieFile(
+      {std::getenv("PULSE_COOKIE"), std::getenv("XDG_CONFIG_HOME"), std::getenv("HOME")});
+  const WithoutVariable display("DISPLAY");
+  const WithoutVariable namedCookie("PULSE_COOKIE");
   pa_context* context = pa_context_new(api, "call-monitor");
-  if (display) setenv(variable, display->c_str(), 1);
-  return context;
+  if (context == nullptr || pa_context_load_cookie_from_file(context, cookie.c_str()) >= 0) {
+    return context;
+  }
+  pa_context_unref(context);
+  return nullptr;
 }
 
 }  // namespace
@@ -250,13 +270,19 @@ PulseAudioHandle makePulseAudio() {
 
 void connectPulse(PulseAudio& audio) {
   if (audio.context != nullptr) return;
-  const auto server = pulseServer();
-  if (!server) return;
-  audio.context = contextWithoutDisplay(pa_mainloop_get_api(audio.loop));
+  const PulseServer server = pulseServer();
+  if (server.socket != SocketLook::away) {
+    audio.awaySince.reset();
+  } else if (!audio.awaySince) {
+    audio.awaySince = systemUptime();
+  }
+  if (server.socket != SocketLook::accepts) return;
+  audio.context = makeContext(pa_mainloop_get_api(audio.loop));
   if (audio.context == nullptr) return;
-  audio.askedAt = systemUptime();
+  noteQuestion(audio.patience);
   pa_context_set_state_callback(audio.context, onState, &audio);
-  if (pa_context_connect(audio.context, server->c_str(), PA_CONTEXT_NOAUTOSPAWN, nullptr) < 0) {
+  if (pa_context_connect(audio.context, server.address.c_str(), PA_CONTEXT_NOAUTOSPAWN, nullptr) <
+      0) {
     disconnectPulse(audio);
     return;
   }
@@ -267,6 +293,8 @@ void disconnectPulse(PulseAudio& audio) {
   // Before the library opens anything in the place of what they watch.
   audio.watches.clear();
   audio.watched.clear();
+  // Somebody was there, or nobody has looked meanwhile.
+  audio.awaySince.reset();
   if (audio.context == nullptr) return;
   pa_context_set_state_callback(audio.context, nullptr, nullptr);
   pa_context_set_subscribe_callback(audio.context, nullptr, nullptr);
@@ -276,8 +304,7 @@ void disconnectPulse(PulseAudio& audio) {
   audio.lost = false;
   audio.changed = false;
   audio.complete = false;
-  audio.silent = false;
-  audio.askedAt.reset();
+  audio.patience = {};
   audio.known = {};
   audio.building = {};
 }
@@ -285,17 +312,19 @@ void disconnectPulse(PulseAudio& audio) {
 void hearPulse(PulseAudio& audio) {
   step(audio);
   if (audio.context == nullptr) return;
-  if (!audio.askedAt) {
+  if (!audio.patience.askedAt) {
     ask(audio);
     step(audio);
-  } else if (systemUptime() - *audio.askedAt > answerLimit) {
-    audio.silent = true;
   }
+  noteTime(audio.patience);
 }
 
 Hearing pulseHearing(const PulseAudio& audio) {
-  if (audio.context == nullptr) return Hearing::absent;
-  if (audio.silent) return Hearing::silent;
+  if (audio.context == nullptr) {
+    const bool gone = audio.awaySince && systemUptime() - *audio.awaySince >= awayLimit;
+    return gone ? Hearing::absent : Hearing::learning;
+  }
+  if (audio.patience.silent) return Hearing::silent;
   return audio.complete ? Hearing::known : Hearing::learning;
 }
 

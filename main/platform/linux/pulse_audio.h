@@ -21,14 +21,16 @@ using PulseAudioHandle = std::unique_ptr<PulseAudio, EndPulseAudio>;
 // wait for an answer.
 void connectPulse(PulseAudio& audio);
 
-// Ends the connection, if there is one.
+// Ends the connection, if there is one, and begins anew to look for the server.
 void disconnectPulse(PulseAudio& audio);
 
 // Takes in what has arrived, without waiting, and asks the server for what it has now, which the
 // next call looks at.
 void hearPulse(PulseAudio& audio);
 
-// How much is known as of the last `hearPulse`.
+// How much is known as of the last `hearPulse`. Before the first and after each connection it is
+// `learning`, and `absent` only once there has been no socket for five seconds of looking for it: a
+// dead server's streams are not known to have ended, whatever else is heard.
 [[nodiscard]] Hearing pulseHearing(const PulseAudio& audio);
 
 // What the server last said in full; worth something only while the hearing is `known`.

@@ -1,21 +1,33 @@
 // Where PulseAudio's server would be, and whether anybody listens there.
 #pragma once
 
-#include <optional>
 #include <string>
 
 namespace callmonitor::platform {
 
-// The server to connect to, in the library's form; absent where nobody listens. A socket that a
-// dead server left behind refuses at once, which is cheaper to learn here than through the library.
-[[nodiscard]] std::optional<std::string> pulseServer();
+// What became of a try to reach a server.
+enum class SocketLook {
+  away,     // there is no such socket
+  refuses,  // there is one, and nobody could be reached by it
+  accepts   // somebody listens, or has to be asked to find out
+};
 
-// The path of the server's socket from the values of PULSE_RUNTIME_PATH and XDG_RUNTIME_DIR, each
-// null where it is not set; empty when neither says.
+struct PulseServer {
+  std::string address;  // in the library's form
+  SocketLook socket = SocketLook::away;
+};
+
+// The server to connect to. A socket that a dead server left behind refuses at once, which is
+// cheaper to learn here than through the library. A server that PULSE_SERVER names is the library's
+// to find, and never away.
+[[nodiscard]] PulseServer pulseServer();
+
+// The path of the server's socket from the values of PULSE_RUNTIME_PATH, null where it is not set,
+// and the session's directory.
 [[nodiscard]] std::string pulseSocketPath(const char* pulseRuntimePath,
-                                          const char* runtimeDirectory);
+                                          const std::string& runtimeDirectory);
 
-// Whether a connection to this Unix socket is accepted. Does not wait.
-[[nodiscard]] bool socketAccepts(const std::string& path);
+// Tries to connect to a Unix socket. Does not wait.
+[[nodiscard]] SocketLook lookAtSocket(const std::string& path);
 
 }  // namespace callmonitor::platform

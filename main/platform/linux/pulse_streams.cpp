@@ -13,15 +13,16 @@ std::optional<std::vector<AudioStream>> streamsOf(const PulseSnapshot& snapshot)
   for (const PulseStream& stream : snapshot.streams) {
     if (!stream.client || stream.resampler == peaksResampler) continue;
     const auto pid = processIn(stream.properties, "application.process.id");
+    const StreamClaim claim = claimIn(stream.properties, {});
     if (!stream.device) {
-      streams.push_back({stream.input, false, pid});
+      streams.push_back({stream.input, false, pid, claim});
       continue;
     }
     const PulseDevices& devices = stream.input ? snapshot.sources : snapshot.sinks;
     const auto device = devices.find(*stream.device);
     if (device == devices.end()) return std::nullopt;
     if (device->second.monitor) continue;
-    streams.push_back({stream.input, !stream.corked && !device->second.suspended, pid});
+    streams.push_back({stream.input, !stream.corked && !device->second.suspended, pid, claim});
   }
   return streams;
 }

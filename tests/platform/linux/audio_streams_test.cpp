@@ -27,6 +27,7 @@ std::map<std::int32_t, ProcessLook> processes() {
           {400, {}},
           {410, living(400, 41)},
           {500, {true, {}}},
+          {510, living(500, 51)},
           {600, living(610, 60)},
           {610, living(600, 61)}};
 }
@@ -40,23 +41,6 @@ std::vector<Application> browser() {
   return {{100, 1.0, "com.google.Chrome", true}};
 }
 
-TEST(PropertyReading, TakesOnlyWhatAPropertyCanMean) {
-  const SoundProperties properties{
-      {"yes", "true"},  {"one", "1"},       {"no", "false"}, {"pid", "4711"},
-      {"text", "12ab"}, {"negative", "-4"}, {"zero", "0"},   {"large", "99999999999"},
-      {"empty", ""}};
-  EXPECT_EQ(propertyOf(properties, "no"), "false");
-  EXPECT_EQ(propertyOf(properties, "none"), "");
-  EXPECT_TRUE(isSet(properties, "yes"));
-  EXPECT_TRUE(isSet(properties, "one"));
-  EXPECT_FALSE(isSet(properties, "no"));
-  EXPECT_FALSE(isSet(properties, "none"));
-  EXPECT_EQ(processIn(properties, "pid"), 4711);
-  for (const char* name : {"text", "negative", "zero", "large", "empty", "none"}) {
-    EXPECT_EQ(processIn(properties, name), std::nullopt) << name;
-  }
-}
-
 TEST(OwningProcess, IsTheNearestApplicationUpwards) {
   struct Case {
     std::string name;
@@ -67,7 +51,9 @@ TEST(OwningProcess, IsTheNearestApplicationUpwards) {
       {"an application owns its own stream", 100, 100},
       {"a helper's stream belongs to the application that started it", 110, 100},
       {"a process without an application above it owns its stream", 210, 210},
-      {"a process that has ended owns what is left of its stream", 500, 500},
+      {"a process that has ended leaves the owner of what is left of its stream open", 500,
+       std::nullopt},
+      {"a process whose parent has ended owns its stream", 510, 510},
       {"a process that cannot be looked at leaves the owner open", 400, std::nullopt},
       {"a parent that cannot be looked at leaves the owner open", 410, std::nullopt},
       {"parents that lead in a circle lead to nobody", 600, 600},
@@ -125,12 +111,29 @@ const std::vector<FoldCase>& foldCases() {
       {"a stream whose process is unknown is nobody's",
        {{playback, running, std::nullopt}},
        {{{"", false, true}}}},
-      {"a stream whose process has ended is nobody's",
-       {{playback, running, 500}},
-       {{{"", false, true}}}},
+      {"a stream whose process has ended leaves everything unknown",
+       {{capture, running, 100}, {playback, running, 500}},
+       std::nullopt},
       {"what is nobody's makes one entry, behind the others",
-       {{playback, running, std::nullopt}, {capture, running, 500}, {capture, paused, 100}},
+       {{playback, running, std::nullopt},
+        {capture, running, 100, StreamClaim{"vm", "another id", "file", ""}},
+        {capture, paused, 100}},
        {{{"com.google.Chrome", false, false}, {"", true, true}}}},
+      {"a client's word of its process is taken where its program is that process's",
+       {{capture, running, 110, StreamClaim{"vm", "id", "program-110", ""}}},
+       {{{"com.google.Chrome", true, false}}}},
+      {"a client's word that is another process's leaves everything unknown",
+       {{capture, running, 110, StreamClaim{"vm", "id", "program-7", ""}}},
+       std::nullopt},
+      {"a client's word that is nobody's leaves everything unknown",
+       {{capture, running, 999, StreamClaim{"vm", "id", "program-999", ""}}},
+       std::nullopt},
+      {"a sandbox's stream is that of its application, whatever process it names",
+       {{capture, running, 999, StreamClaim{"vm", "id", "chrome", "com.google.Chrome"}}},
+       {{{"com.google.Chrome", true, false}}}},
+      {"a sandbox's stream is its application's without a window, too",
+       {{playback, running, 7, StreamClaim{"vm", "id", "music", "org.example.Music"}}},
+       {{{"org.example.Music", false, true}}}},
       {"an owner that cannot be told leaves everything unknown",
        {{capture, running, 100}, {capture, running, 410}},
        std::nullopt},
@@ -144,7 +147,13 @@ std::optional<std::vector<Row>> fold(const std::vector<AudioStream>& streams,
                                      const std::vector<Application>& applications = browser()) {
   const ProcessQuestions questions{
       [&](std::int32_t pid) { return lookAmong(table, pid); },
-      [](std::int32_t pid) { return "file of " + std::to_string(pid); }};
+      [](std::int32_t pid) { return "file of " + std::to_string(pid); },
+      [](const std::string& flatpak) { return flatpak; },
+      [&](std::int32_t pid) {
+        return table.contains(pid) ? ProcessNames{"program-" + std::to_string(pid)}
+                                   : ProcessNames{};
+      },
+      {"vm", "id"}};
   return rowsOf(foldStreams(streams, applications, owners, questions));
 }
 
@@ -170,6 +179,13 @@ TEST(FoldStreams, KeepsTheEntryOfAnOwnerForAsLongAsItsProcessLives) {
       << "its process cannot be looked at";
   table[100] = {false, ProcessStat{'S', 1, 99}};
   EXPECT_EQ(fold({}, table, owners), Rows()) << "its number is another process's";
+}
+
+TEST(FoldStreams, KeepsTheEntryOfASandboxesApplication) {
+  KnownApplications owners;
+  const AudioStream sandboxed{capture, running, 7, StreamClaim{"", "", "", "com.google.Chrome"}};
+  ASSERT_TRUE(fold({sandboxed}, processes(), owners));
+  EXPECT_EQ(fold({}, processes(), owners), std::vector<Row>({{"com.google.Chrome", false, false}}));
 }
 
 TEST(FoldStreams, ForgetsNothingWhileAnOwnerCannotBeTold) {
@@ -232,10 +248,14 @@ TEST(ServersBelieved, AreThoseThatTogetherHearEverything) {
        true,
        pipewireAlone},
       {"PulseAudio still tells what it has", {known, false, hasDevices, learning}, true, neither},
+      {"PulseAudio was not asked yet, and PipeWire has none",
+       {known, false, false, learning},
+       true,
+       neither},
       {"what is at PulseAudio's socket does not answer, and PipeWire has devices",
        {known, false, hasDevices, silent},
        true,
-       pipewireAlone},
+       neither},
       {"what is at PulseAudio's socket does not answer, and PipeWire has none",
        {known, false, false, silent},
        true,
