@@ -1,6 +1,9 @@
 // sd-bus waits without limit while a connection is being made, so that wait has a loop of its own.
 #include "platform/linux/bus_message.h"
 
+#include <sys/socket.h>
+#include <unistd.h>
+
 #include <algorithm>
 
 namespace callmonitor::platform {
@@ -34,6 +37,15 @@ BusConnection openBus(const std::string& address, FarEnd end, double deadline, b
     if (sd_bus_wait(made, static_cast<std::uint64_t>(left * 1e6)) < 0) return nullptr;
   }
   return sd_bus_is_ready(made) > 0 ? std::move(bus) : nullptr;
+}
+
+bool ofSameUser(sd_bus* connection) {
+  const int descriptor = sd_bus_get_fd(connection);
+  ucred credentials{};
+  socklen_t size = sizeof credentials;
+  return descriptor >= 0 &&
+         getsockopt(descriptor, SOL_SOCKET, SO_PEERCRED, &credentials, &size) == 0 &&
+         credentials.uid == geteuid();
 }
 
 BusMessage newCall(sd_bus* connection, const ObjectName& object, const char* interface,

@@ -64,11 +64,16 @@ struct BusTarget {
 // The far end of a connection: a bus that passes messages on by name, or the application itself.
 enum class FarEnd { bus, peer };
 
+// Whatever kind of address it is given is tried, so what others tell must have been looked at.
 // Null when nothing at the address completes the connection by `deadline` (uptime seconds), however
 // the far end is stopped: the library's own wait would have no end. `late`, where given, tells
 // whether it was for want of time.
 [[nodiscard]] BusConnection openBus(const std::string& address, FarEnd end, double deadline,
                                     bool* late = nullptr);
+
+// Whether the far end of an open connection is a process of the user that this one runs as. False
+// where that cannot be told.
+[[nodiscard]] bool ofSameUser(sd_bus* connection);
 
 // Null when the message cannot be made. A peer is its messages' destination without being named.
 [[nodiscard]] BusMessage newCall(sd_bus* connection, const ObjectName& object,

@@ -6,6 +6,7 @@
 #include <iterator>
 
 #include "platform/linux/accessible_object.h"
+#include "platform/linux/bus_address.h"
 #include "platform/linux/desktop.h"
 
 namespace callmonitor::platform {
@@ -30,7 +31,7 @@ void connect(Desktop& here, const BusTarget& root, Peer& peer) {
   const auto address = readOwnAddress(here.bus, root);
   // An application that did not answer has refused nothing.
   if (address.code == code::cannotComplete) return;
-  if (address.code != code::success || address.value.empty()) {
+  if (address.code != code::success || !namesLocalSockets(address.value)) {
     refuse(peer);
     return;
   }
@@ -39,6 +40,7 @@ void connect(Desktop& here, const BusTarget& root, Peer& peer) {
   makeRoom(here.peers);
   peer.connection =
       openBus(address.value, FarEnd::peer, std::min(root.deadline.value_or(limit), limit), &late);
+  if (peer.connection && !ofSameUser(peer.connection.get())) peer.connection.reset();
   if (peer.connection) {
     peer.refusals = 0;
     return;
