@@ -69,7 +69,8 @@ template <class Read, class Took>
   return left.controls == right.controls && left.notices == right.notices &&
          left.nativeZoomTile == right.nativeZoomTile && left.complete == right.complete &&
          left.nodes == right.nodes && left.failedNodes == right.failedNodes &&
-         left.failedAttributes == right.failedAttributes && left.truncated == right.truncated &&
+         left.failedAttributes == right.failedAttributes &&
+         left.failedControlHints == right.failedControlHints && left.truncated == right.truncated &&
          left.deadline == right.deadline;
 }
 
