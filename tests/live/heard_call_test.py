@@ -49,6 +49,13 @@ class HeardCalls:
         self.assertOneSession(self.stream.observations())
 
     def test_a_closed_call_that_was_never_heard_stays_unknown(self):
+        # The browser itself was heard, and is known to be silent before the call begins.
+        self.home.evaluate("play()")
+        self.waitForStreams("speaker")
+        self.stream.waitForCycles(2)
+        self.home.reload()
+        self.waitForStreams()
+        self.stream.waitForCycles(2)
         tab, session = self.openCall(heard=False)
         mark = self.stream.mark()
         self.browser.closeTab(tab)
@@ -65,6 +72,18 @@ class HeardCalls:
         mark = self.stream.mark()
         self.home.reload()
         self.assertEndsOnceGone(session, mark)
+
+
+    def test_a_quiet_call_in_the_background_is_unknown_until_it_is_shown_again(self):
+        tab, session = self.openCall()
+        tab.evaluate("muteMicrophone(true)")
+        mark = self.stream.mark()
+        other = self.openTab(OTHER_ADDRESS)
+        self.assertStaysUnknown(session, mark, cycles=8)
+        mark = self.stream.mark()
+        self.browser.closeTab(other)
+        self.waitForState(self.stream, "joined", mark, sessionId=session)
+        self.assertOneSession(self.stream.observations())
 
 
 class CallsHeardThroughPipeWire(HeardCalls, HeardCase):

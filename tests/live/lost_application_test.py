@@ -5,7 +5,7 @@ import signal
 
 from live_case import DesktopCase
 from private_desktop import PrivateDesktop
-from story import CALL_ADDRESS
+from story import CALL_ADDRESS, LANDING_ADDRESS
 from stream import isHealth
 
 # Whole cycles of about a second for which a browser hangs.
@@ -61,6 +61,20 @@ class ABrowserThatFails(DesktopCase):
         joined = self.join(self.stream, again.tab)
         self.assertNotEqual(joined["sessionId"], self.session)
         self.assertEqual(joined["sequence"], 1)
+
+    def test_a_closed_call_that_was_never_heard_is_left_when_its_browser_quits(self):
+        other = self.browser.openTab(LANDING_ADDRESS)
+        other.waitUntilLoaded()
+        mark = self.stream.mark()
+        self.browser.closeTab(self.browser.tab)
+        self.waitForState(self.stream, "unknown", mark, sessionId=self.session)
+        settled = self.stream.mark()
+        self.assertStatesSince(self.stream, settled, "unknown")
+        other.disconnect()
+        mark = self.stream.mark()
+        self.browser.close()
+        self.waitForState(self.stream, "left", mark, sessionId=self.session)
+        self.assertOneSession(self.stream.observations())
 
     def kill(self):
         """Kills the browser as a crash does and gives the mark from before that."""

@@ -49,17 +49,21 @@ class LostSound:
         self.assertEndsOnceGone(session, mark)
 
     def test_a_hung_sound_server_neither_delays_a_cycle_nor_ends_a_call(self):
-        _, session = self.openCall()
+        tab, session = self.openCall()
         self.desktop.signalSound(signal.SIGSTOP, self.server)
         try:
             mark = self.stream.mark()
             self.assertStatesSince(self.stream, mark, "joined", cycles=3)
-            ends = [line.arrived for line in self.stream.lines[mark:] if isHealth(line.record)]
+            mark = self.stream.mark()
+            self.browser.closeTab(tab)
+            self.assertStaysUnknown(session, mark)
+            ends = [line.arrived for line in self.stream.lines if isHealth(line.record)]
         finally:
+            mark = self.stream.mark()
             self.desktop.signalSound(signal.SIGCONT, self.server)
         self.assertLess(max(later - earlier for earlier, later in zip(ends, ends[1:])),
                         _LONGEST_PERIOD)
-        self.assertSessionGoesOn(self.stream, session)
+        self.assertEndsOnceGone(session, mark)
 
     def killSound(self):
         """Ends the sound server without a word of farewell."""
