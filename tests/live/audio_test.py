@@ -13,14 +13,18 @@ from sound import Heard, SoundClient
 from story import LANDING_ADDRESS
 from waiting import waitUntil
 
+# More than the kernel gives.
+_NO_PROCESS = 2**31 - 1
 # Enough answers for whatever could still change to have changed.
 _SETTLED = 8
+# Answers of more than the five seconds after which a server without a socket is there no more.
+_LASTING = 32
 # Seconds that one answer may take at most: far more than it does, far less than a server that
 # hangs would make it take.
 _ANSWER_BOUND = 0.3
 
 
-class SoundCase(unittest.TestCase):
+class ListenerCase(unittest.TestCase):
     """A desktop with a sound server for all tests of a class, and a listener for each test."""
 
     part = "sound"
@@ -54,10 +58,18 @@ class SoundCase(unittest.TestCase):
         self.addCleanup(self.desktop.processes.stop, name)
         return process
 
-    def assertHeardFromNowOn(self, expected):
+    def assertHeardFromNowOn(self, expected, answers=_SETTLED):
         """Asserts that nothing but this is heard in some answers from now on."""
         self.heard.waitFor(f"{expected} is heard", expected)
-        self.assertEqual(self.heard.waitForAnswers(_SETTLED), [expected] * _SETTLED)
+        self.assertEqual(self.heard.waitForAnswers(answers), [expected] * answers)
+
+    def assertNeverHeardOtherwise(self, expected):
+        """Asserts that a listener who comes now knows nothing first and then this."""
+        with Heard(self.desktop, "late-listener") as late:
+            late.waitFor("the late listener hears it", expected)
+            self.assertEqual(late.waitForAnswers(_SETTLED), [expected] * _SETTLED)
+            self.assertEqual([each for each in late.answers() if each not in ("absent", expected)],
+                             [])
 
     def mainProgram(self):
         """The process id of the server itself."""
@@ -125,6 +137,24 @@ class BothServers:
         self.client("record")
         self.assertHeardFromNowOn([("", False, True), ("sound_client", True, False)])
 
+    def test_a_stream_that_names_another_programs_process_leaves_all_unknown(self):
+        other = self.start("other", "sleep", "infinity")
+        self.client("record")
+        for process in (other.pid, _NO_PROCESS):
+            with self.subTest(process):
+                self.start("player", "pacat", f"--property=application.process.id={process}",
+                           "/dev/zero")
+                self.assertHeardFromNowOn("absent")
+                self.desktop.processes.stop("player")
+                self.assertHeardFromNowOn([("sound_client", True, False)])
+
+    def test_a_stream_of_another_machine_is_nobodys(self):
+        self.client("record")
+        self.start("player", "pacat", "--property=application.process.host=elsewhere",
+                   "--property=application.process.machine_id=0123456789abcdef0123456789abcdef",
+                   "/dev/zero")
+        self.assertHeardFromNowOn([("", False, True), ("sound_client", True, False)])
+
     def test_a_server_that_dies_and_comes_back_is_not_known_in_between(self):
         self.client("record")
         self.heard.waitFor("it runs", [("sound_client", True, False)])
@@ -156,18 +186,19 @@ class BothServers:
         self.assertHeardFromNowOn([("sound_client", True, False)])
 
 
-class PipeWire(BothServers, SoundCase):
-    """PipeWire, with its service for PulseAudio's clients."""
+def silence(desktop):
+    """Gives the path of a minute of silence."""
+    path = os.path.join(desktop.directory, "silence.wav")
+    with wave.open(path, "wb") as file:
+        file.setnchannels(1)
+        file.setsampwidth(2)
+        file.setframerate(8000)
+        file.writeframes(bytes(2 * 8000 * 60))
+    return path
 
-    def silence(self):
-        """The path of a minute of silence."""
-        path = os.path.join(self.desktop.directory, "silence.wav")
-        with wave.open(path, "wb") as file:
-            file.setnchannels(1)
-            file.setsampwidth(2)
-            file.setframerate(8000)
-            file.writeframes(bytes(2 * 8000 * 60))
-        return path
+
+class PipeWire(BothServers, ListenerCase):
+    """PipeWire, with its service for PulseAudio's clients."""
 
     def test_a_native_recorder_has_input(self):
         self.start("recorder", "pw-record", "--target=virtmic",
@@ -175,27 +206,40 @@ class PipeWire(BothServers, SoundCase):
         self.assertHeardFromNowOn([("pw-cat", True, False)])
 
     def test_a_native_player_has_output(self):
-        self.start("player", "pw-play", self.silence())
+        self.start("player", "pw-play", silence(self.desktop))
         self.assertHeardFromNowOn([("pw-cat", False, True)])
 
     def test_a_native_recording_of_what_is_played_is_nobodys_microphone(self):
         self.start("monitor", "pw-record", "-P", '{ "stream.capture.sink": true }',
                    os.path.join(self.desktop.directory, "monitored.wav"))
         self.start("loopback", "pw-loopback")
-        self.start("player", "pw-play", self.silence())
+        self.start("player", "pw-play", silence(self.desktop))
         self.assertHeardFromNowOn([("pw-cat", False, True)])
 
     def test_a_hung_service_for_other_clients_hides_no_native_one(self):
         service = self.desktop.processes.pid("pipewire-pulse")
         os.kill(service, signal.SIGSTOP)
         try:
-            self.start("player", "pw-play", self.silence())
+            self.start("player", "pw-play", silence(self.desktop))
             self.assertHeardFromNowOn([("pw-cat", False, True)])
         finally:
             os.kill(service, signal.SIGCONT)
 
+    def test_a_service_for_other_clients_that_dies_takes_its_streams_to_nobody_knows_where(self):
+        self.client("record")
+        self.heard.waitFor("it runs", [("sound_client", True, False)])
+        os.kill(self.desktop.processes.pid("pipewire-pulse"), signal.SIGKILL)
+        try:
+            self.assertHeardFromNowOn("absent", _LASTING)
+            with Heard(self.desktop, "late-listener") as late:
+                self.assertEqual(late.waitForAnswers(_LASTING), ["absent"] * _LASTING)
+        finally:
+            self.desktop.stopSound(self.server)
+            self.desktop.startSound(self.server)
+        self.assertHeardFromNowOn([("sound_client", False, False)])
 
-class PulseAudio(BothServers, SoundCase):
+
+class PulseAudio(BothServers, ListenerCase):
     """PulseAudio where no PipeWire runs."""
 
     part = "pulse sound"
@@ -211,8 +255,17 @@ class PulseAudio(BothServers, SoundCase):
             self.desktop.query("pactl", "suspend-source", "virtmic", "0")
         self.heard.waitFor("it runs again", [("sound_client", True, False)])
 
+    def test_no_cookie_is_made(self):
+        for places in ({}, {"PULSE_COOKIE": "cookie"}):
+            with self.subTest(places), tempfile.TemporaryDirectory() as home:
+                environment = {"HOME": home, "XDG_CONFIG_HOME": os.path.join(home, "config"),
+                               **{key: os.path.join(home, name) for key, name in places.items()}}
+                with Heard(self.desktop, "late-listener", environment) as late:
+                    late.waitFor("the server is heard", [])
+                self.assertEqual(os.listdir(home), [])
 
-class PulseAudioBesidePipeWire(SoundCase):
+
+class PulseAudioBesidePipeWire(ListenerCase):
     """PulseAudio has the sound, and PipeWire runs for the sharing of screens only."""
 
     part = "pulse sound"
@@ -230,6 +283,85 @@ class PulseAudioBesidePipeWire(SoundCase):
         self.assertHeardFromNowOn(expected)
         os.kill(self.mainProgram(), signal.SIGKILL)
         self.assertHeardFromNowOn("absent")
+
+
+def startPipeWireWithDevice(desktop):
+    """Starts a PipeWire that has a speaker of its own, and no service for PulseAudio's clients."""
+    desktop.start("pipewire", ["pipewire"])
+    waitUntil("PipeWire runs", lambda: desktop.query("pw-cli", "info", "0"))
+    desktop.query("pw-cli", "create-node", "adapter",
+                  "{ factory.name=support.null-audio-sink node.name=own-speaker"
+                  " media.class=Audio/Sink audio.position=[FL FR] object.linger=true }")
+    waitUntil("PipeWire has a device",
+              lambda: '"own-speaker"' in desktop.query("pw-cli", "list-objects", "Node"))
+
+
+class PulseAudioBesidePipeWireWithDevice(ListenerCase):
+    """Either server could have the sound, so that only both together know who uses it."""
+
+    part = "pulse sound"
+    server = "pulseaudio"
+
+    @classmethod
+    def setUpClass(cls):
+        super().setUpClass()
+        startPipeWireWithDevice(cls.desktop)
+
+    def setUp(self):
+        super().setUp()
+        self.client("record")
+        self.running = [("sound_client", True, False)]
+        self.heard.waitFor("it runs", self.running)
+
+    def restart(self):
+        """Starts a PulseAudio in the place of a dead one."""
+        self.desktop.stopSound(self.server)
+        self.desktop.startSound(self.server)
+        self.heard.waitFor("the new server is heard", [("sound_client", False, False)])
+
+    def test_a_listener_who_comes_late_hears_nothing_wrong(self):
+        self.assertNeverHeardOtherwise(self.running)
+
+    def test_a_pulseaudio_that_hangs_is_not_known(self):
+        server = self.mainProgram()
+        os.kill(server, signal.SIGSTOP)
+        try:
+            self.assertHeardFromNowOn("absent", _LASTING)
+            with Heard(self.desktop, "late-listener") as late:
+                self.assertEqual(late.waitForAnswers(_LASTING), ["absent"] * _LASTING)
+        finally:
+            os.kill(server, signal.SIGCONT)
+        self.assertHeardFromNowOn(self.running)
+
+    def test_a_pulseaudio_that_dies_is_not_known_until_it_is_back(self):
+        os.kill(self.mainProgram(), signal.SIGKILL)
+        self.addCleanup(self.restart)
+        self.assertHeardFromNowOn("absent", _LASTING)
+        with Heard(self.desktop, "late-listener") as late:
+            self.assertEqual(late.waitForAnswers(_LASTING), ["absent"] * _LASTING)
+
+    def test_a_pulseaudio_whose_socket_has_gone_for_good_is_not_waited_for(self):
+        os.kill(self.mainProgram(), signal.SIGKILL)
+        self.addCleanup(self.restart)
+        self.heard.waitFor("it is not known", "absent")
+        mark = len(self.heard.lines)
+        os.remove(os.path.join(self.desktop.environment["XDG_RUNTIME_DIR"], "pulse", "native"))
+        self.assertHeardFromNowOn([("sound_client", False, False)])
+        self.assertGreater(self.heard.answers(mark).count("absent"), _SETTLED)
+
+
+class PipeWireWithoutPulse(unittest.TestCase):
+    """PipeWire has the sound, and there never was anything for PulseAudio's clients."""
+
+    def test_it_is_heard_after_a_while(self):
+        with PrivateDesktop(parts=("session bus",)) as desktop:
+            startPipeWireWithDevice(desktop)
+            desktop.start("wireplumber", ["wireplumber"])
+            with Heard(desktop) as heard:
+                heard.waitFor("nobody is heard", [])
+                self.assertEqual(set(map(str, heard.answers())), {"absent", "[]"})
+                desktop.start("player", ["pw-cat", "--playback", silence(desktop)])
+                heard.waitFor("it is heard", [("pw-cat", False, True)])
 
 
 class BrowserSound:

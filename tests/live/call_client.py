@@ -11,7 +11,6 @@ import subprocess
 import sys
 
 from accessibility_tree import AccessibilityTree, windowsOf
-from processes import descendants
 from running_sound import runningStreams
 from waiting import waitUntil
 
@@ -81,8 +80,9 @@ class CallClient:
     def soundRunning(self):
         """Gives the kinds of sound that the sound server runs for the client now, sorted."""
         self._desktop.processes.mustRun(self._name)
-        return sorted(_kindOf(stream) for stream in
-                      runningStreams(self._desktop, {self.pid, *descendants(self.pid)}))
+        answers = waitUntil("the sound server answers", lambda: [
+            each for each in (runningStreams(self._desktop, self.pid),) if each is not None])
+        return answers[0]
 
     def quit(self):
         """Lets the client end by itself and waits for it."""
@@ -110,12 +110,6 @@ class CallClient:
     def _tell(self, order):
         self.process.stdin.write(json.dumps(order).encode() + b"\n")
         self.process.stdin.flush()
-
-
-def _kindOf(stream):
-    if stream["media.class"] == "Stream/Output/Audio":
-        return "speaker"
-    return "meter" if stream.get("stream.monitor") else "microphone"
 
 
 def _interpreterCalled(desktop, program):

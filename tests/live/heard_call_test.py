@@ -2,7 +2,6 @@
 
 from accessibility_tree import windowsOf
 from heard_case import OTHER_ADDRESS, HeardCase
-from sound_streams import runningStreams
 from waiting import waitUntil
 
 # What a call's page does while nothing of it ends, each in a call that was heard before.
@@ -99,7 +98,7 @@ class CallsHeardThroughPipeWire(HeardCalls, HeardCase):
         self.browser.closeTab(tab)
         self.assertStaysUnknown(session, mark)
         # The browser may keep a speaker open for as long as it records.
-        self.assertIn("microphone", runningStreams(self.desktop, self.browser.pid))
+        self.assertIn("microphone", self.directions())
         mark = self.stream.mark()
         self.home.evaluate("closeMicrophone()")
         self.assertEndsOnceGone(session, mark)

@@ -4,7 +4,7 @@ from browser import Browser
 from live_case import DesktopCase
 from meeting_pages import OTHER_HOST
 from private_desktop import PrivateDesktop
-from sound_streams import runningStreams
+from running_sound import runningStreams
 from story import CALL_ADDRESS
 from waiting import waitUntil
 
@@ -56,7 +56,12 @@ class SoundCase(DesktopCase):
     def waitForStreams(self, *directions):
         """Waits until the browser uses exactly that of microphone and speaker."""
         waitUntil(f"the browser uses {directions or 'no sound'}",
-                  lambda: runningStreams(self.desktop, self.browser.pid) == set(directions))
+                  lambda: self.directions() == set(directions))
+
+    def directions(self):
+        """Gives which of microphone and speaker the browser uses; nothing while nobody answers."""
+        running = runningStreams(self.desktop, self.browser.pid)
+        return None if running is None else set(running)
 
     def assertEndsOnceGone(self, session, since):
         """Asserts that a call is unknown, and left soon after the sound has stopped, and only once."""

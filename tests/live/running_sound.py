@@ -1,27 +1,30 @@
-"""The test's own look at the sound server, apart from the monitor's."""
+"""The test's own hearing: what the sound server says that a program records and plays.
+
+It asks the server itself, so that an expectation never comes out of the program under test.
+"""
 
 import json
 
-from waiting import waitUntil
+from processes import descendants
 
-_STREAMS = ("Stream/Input/Audio", "Stream/Output/Audio")
+_LISTS = {"microphone": "source-outputs", "speaker": "sink-inputs"}
 
 
-def runningStreams(desktop, pids):
-    """Gives the properties of each stream of the processes through which sound passes now.
+def runningStreams(desktop, pid):
+    """Gives what a process and those below it use right now, one entry a stream, sorted.
 
-    Only for PipeWire and for clients that reach it as PulseAudio's: those name their process.
+    An entry is "microphone", "speaker", or "meter" for the mere level of a microphone. Nothing at
+    all, not even an empty list, while the sound server does not answer.
     """
-    nodes = [each["info"] for each in waitUntil("the sound server tells all", lambda: _all(desktop))
-             if each["type"] == "PipeWire:Interface:Node"]
-    return [node["props"] for node in nodes
-            if node["state"] == "running" and node["props"].get("media.class") in _STREAMS and
-            int(node["props"].get("application.process.id", 0)) in pids]
-
-
-def _all(desktop):
-    """Gives the server's objects; nothing where it does not answer or they change meanwhile."""
-    try:
-        return json.loads(desktop.query("pw-dump"))
-    except json.JSONDecodeError:
-        return None
+    family = {pid, *descendants(pid)}
+    running = []
+    for direction, name in _LISTS.items():
+        answer = desktop.query("timeout", "5", "pactl", "--format=json", "list", name)
+        if not answer:
+            return None
+        for stream in json.loads(answer):
+            properties = stream["properties"]
+            owner = properties.get("application.process.id", "")
+            if owner.isdigit() and int(owner) in family and not stream["corked"]:
+                running.append("meter" if "resample.peaks" in properties else direction)
+    return sorted(running)

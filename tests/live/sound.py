@@ -19,11 +19,13 @@ class Heard:
     An answer is "absent" or the list of (bundle identifier, captures, plays) in alphabetical order.
     """
 
-    def __init__(self, desktop, name="heard"):
+    def __init__(self, desktop, name="heard", environment=None):
         self._desktop = desktop
         self._name = name
         self.lines = []
-        process = desktop.start(name, [os.path.join(_TOOLS, "heard")], stdout=subprocess.PIPE)
+        command = ["env", *(f"{key}={value}" for key, value in (environment or {}).items()),
+                   os.path.join(_TOOLS, "heard")]
+        process = desktop.start(name, command, stdout=subprocess.PIPE)
         self._output = process.stdout
         self.pid = process.pid
         self._reader = threading.Thread(target=self._read, daemon=True)
