@@ -7,37 +7,32 @@
 
 #include "platform/linux/accessible_object.h"
 #include "platform/linux/bus_address.h"
-#include "platform/linux/desktop.h"
 
 namespace callmonitor::platform {
 namespace {
 
 // More applications than this are hardly ever scanned within a few cycles of each other.
 constexpr std::ptrdiff_t mostConnections = 8;
-// After so many refusals one after the other an application is taken at its word.
-constexpr int mostRefusals = 3;
+// After so many refusals one after the other it is hardly chance, and each costs a message.
+constexpr int fewRefusals = 3;
+// Seconds until such an application is asked once more: what kept it may be over by then.
+constexpr double quietTime = 60;
 
 bool open(const Peer& peer) {
   return peer.connection && sd_bus_is_open(peer.connection.get()) > 0;
 }
 
-void refuse(Peer& peer) {
-  peer.connection.reset();
-  peer.lost = true;
-  ++peer.refusals;
-}
-
-void connect(Desktop& here, const BusTarget& root, Peer& peer) {
-  const auto address = readOwnAddress(here.bus, root);
+void connect(PeerConnections& peers, AccessibilityBus& bus, const BusTarget& root, Peer& peer) {
+  const auto address = readOwnAddress(bus, root);
   // An application that did not answer has refused nothing.
   if (address.code == code::cannotComplete) return;
   if (address.code != code::success || !namesLocalSockets(address.value)) {
-    refuse(peer);
+    refuse(peer, systemUptime());
     return;
   }
   const double limit = systemUptime() + static_cast<double>(root.limit) / 1e6;
   bool late = false;
-  makeRoom(here.peers);
+  makeRoom(peers);
   peer.connection =
       openBus(address.value, FarEnd::peer, std::min(root.deadline.value_or(limit), limit), &late);
   if (peer.connection && !ofSameUser(peer.connection.get())) peer.connection.reset();
@@ -45,23 +40,33 @@ void connect(Desktop& here, const BusTarget& root, Peer& peer) {
     peer.refusals = 0;
     return;
   }
-  refuse(peer);
-  if (late && here.bus.rememberSilent) here.bus.silent.insert(root.object.bus);
+  refuse(peer, systemUptime());
+  if (late && bus.rememberSilent) bus.silent.insert(root.object.bus);
 }
 
 }  // namespace
 
-sd_bus* peerConnection(Desktop& here, const BusTarget& root) {
-  if (here.peers.generation != here.bus.generation) here.peers = {here.bus.generation, {}, 0};
-  if (here.bus.silent.contains(root.object.bus)) return nullptr;
-  Peer& peer = here.peers.peers[root.object.bus];
+sd_bus* peerConnection(PeerConnections& peers, AccessibilityBus& bus, const BusTarget& root) {
+  if (peers.generation != bus.generation) peers = {bus.generation, {}, 0};
+  if (bus.silent.contains(root.object.bus)) return nullptr;
+  Peer& peer = peers.peers[root.object.bus];
   if (peer.connection && !open(peer)) {
     peer.connection.reset();
     peer.lost = true;
   }
-  if (!peer.connection && !peer.lost && peer.refusals < mostRefusals) connect(here, root, peer);
-  peer.used = ++here.peers.uses;
+  if (!peer.connection && mayTry(peer, systemUptime())) connect(peers, bus, root, peer);
+  peer.used = ++peers.uses;
   return peer.connection.get();
+}
+
+void refuse(Peer& peer, double now) {
+  peer.connection.reset();
+  peer.lost = true;
+  if (++peer.refusals >= fewRefusals) peer.nextTry = now + quietTime;
+}
+
+bool mayTry(const Peer& peer, double now) {
+  return !peer.lost && (peer.refusals < fewRefusals || now >= peer.nextTry);
 }
 
 void refreshPeers(PeerConnections& peers) {

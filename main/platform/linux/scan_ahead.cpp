@@ -42,7 +42,7 @@ void beginScan(Desktop& here, const ElementReference& root, double deadline, int
   if (!here.element.active || !reachable || budget <= 0 || now >= deadline) return;
   const double patience = now + static_cast<double>(root.limit) / 1e6;
   const ObjectName top{application, "/org/a11y/atspi/accessible/root"};
-  sd_bus* peer = peerConnection(here, {top, root.limit, patience});
+  sd_bus* peer = peerConnection(here.peers, here.bus, {top, root.limit, patience});
   // Asking for the connection may have shown that the bus itself has gone.
   if (!here.bus.connection) return;
   openPipeline(here.bus.pipeline, peer != nullptr ? peer : here.bus.connection.get(),
