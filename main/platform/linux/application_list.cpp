@@ -14,6 +14,7 @@
 #include "platform/linux/desktop.h"
 #include "platform/linux/frame_memory.h"
 #include "platform/linux/identity_facts.h"
+#include "platform/linux/peer_connections.h"
 #include "platform/linux/process_files.h"
 #include "platform/platform.h"
 

@@ -1,73 +1,11 @@
-// Trust, preparation and the cycle: what concerns the desktop as a whole.
+// It is made when it is first asked for.
 #include "platform/linux/desktop.h"
-
-#include <fcntl.h>
-#include <signal.h>
-#include <unistd.h>
-
-#include "platform/linux/x11_connection.h"
-#include "platform/platform.h"
 
 namespace callmonitor::platform {
 
 Desktop& desktop() {
   static Desktop instance;
   return instance;
-}
-
-void prepareMonitoring() {
-  // A reader that goes away must end the program, even where the parent had this signal ignored.
-  signal(SIGPIPE, SIG_DFL);
-  sigset_t pipe;
-  sigemptyset(&pipe);
-  sigaddset(&pipe, SIGPIPE);
-  pthread_sigmask(SIG_UNBLOCK, &pipe, nullptr);
-
-  // A slow reader must delay a line, never cut it.
-  if (const int flags = fcntl(STDOUT_FILENO, F_GETFL); flags >= 0 && (flags & O_NONBLOCK) != 0) {
-    fcntl(STDOUT_FILENO, F_SETFL, flags & ~O_NONBLOCK);
-  }
-
-  AccessibilityBus& bus = desktop().bus;
-  bus.mayEnable = true;
-  ensureConnected(bus);
-  beginHearing(desktop().audio);
-}
-
-void inCycle(const std::function<void()>& cycle) {
-  Desktop& here = desktop();
-  const auto forget = [&here](bool remember) {
-    here.bus.silent.clear();
-    here.bus.rememberSilent = remember;
-    here.x11->silent = false;
-    here.x11->rememberSilent = remember;
-    here.applications.keepList = remember;
-    here.applications.list.reset();
-    here.frames.passing.clear();
-    endScan(here);
-    here.element = {};
-    here.element.active = remember;
-  };
-  discardUnasked(here.bus);
-  refreshPeers(here.peers);
-  forget(true);
-  cycle();
-  forget(false);
-}
-
-bool accessibilityTrusted() {
-  AccessibilityBus& bus = desktop().bus;
-  keepEnabled(bus);
-  // A bus that went away may have come back under another address.
-  return (ensureConnected(bus) && busAnswers(bus)) || (ensureConnected(bus) && busAnswers(bus));
-}
-
-void expectScan(const Element& root, double deadline, int budget) {
-  if (root.reference) beginScan(desktop(), *root.reference, deadline, budget);
-}
-
-void expectSearch(const Element& root, double deadline, int budget) {
-  expectScan(root, deadline, budget);
 }
 
 }  // namespace callmonitor::platform

@@ -9,10 +9,10 @@
 #include "platform/linux/accessibility_bus.h"
 #include "platform/linux/application_memory.h"
 #include "platform/linux/audio_hearing.h"
-#include "platform/linux/element_reading.h"
+#include "platform/linux/element_memory.h"
 #include "platform/linux/frame_memory.h"
 #include "platform/linux/peer_connections.h"
-#include "platform/linux/scan_ahead.h"
+#include "platform/linux/scan_memory.h"
 #include "platform/linux/x11.h"
 
 namespace callmonitor::platform {

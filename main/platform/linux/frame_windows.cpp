@@ -7,7 +7,9 @@
 #include <utility>
 
 #include "platform/linux/desktop.h"
+#include "platform/linux/frame_memory.h"
 #include "platform/linux/role_map.h"
+#include "platform/linux/scan_ahead.h"
 #include "platform/platform.h"
 
 namespace callmonitor::platform {

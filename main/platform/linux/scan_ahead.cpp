@@ -5,6 +5,9 @@
 #include <utility>
 
 #include "platform/linux/desktop.h"
+#include "platform/linux/element_handle.h"
+#include "platform/linux/peer_connections.h"
+#include "platform/linux/scan_memory.h"
 
 namespace callmonitor::platform {
 namespace {
@@ -59,11 +62,10 @@ void endScan(Desktop& here) {
   here.scan = {};
 }
 
-void followScan(Desktop& here, const ElementReference& element,
-                const std::vector<Question>& questions, bool again) {
+void followScan(Desktop& here, const ElementReference& element, std::span<const Question> questions,
+                bool again) {
   ScanAhead& scan = here.scan;
   if (!scan.active) return;
-  const auto before = scan.mirror.taken;
   Followed followed;
   if (element.generation == scan.generation && systemUptime() < scan.deadline) {
     followed = follow(scan.mirror, element.object, again);
@@ -76,7 +78,7 @@ void followScan(Desktop& here, const ElementReference& element,
   const std::size_t known = scan.asked.size();
   scan.asked.insert(questions.begin(), questions.end());
   if (followed.step == Step::takes) {
-    if (before) dropUnderway(here.bus.pipeline, *before);
+    if (followed.left) dropUnderway(here.bus.pipeline, *followed.left);
     for (const ObjectName& each : followed.skipped) dropUnderway(here.bus.pipeline, each);
     if (here.bus.pipeline.underway.size() <= elementsLow) fetchAhead(here);
   } else if (scan.asked.size() > known) {

@@ -3,27 +3,16 @@
 // read; their texts and their children wait until the walk asks.
 #pragma once
 
-#include <cstdint>
-#include <set>
+#include <span>
 #include <vector>
 
 #include "platform/linux/accessible_object.h"
-#include "platform/linux/walk_mirror.h"
+#include "platform/linux/bus_message.h"
 
 namespace callmonitor::platform {
 
 struct Desktop;
 struct ElementReference;
-
-// One walk, from its announcement until it is seen to be over. Belongs to a cycle.
-struct ScanAhead {
-  bool active = false;
-  std::uint64_t generation = 0;        // of the accessibility bus
-  double deadline = 0;                 // uptime seconds
-  std::uint64_t limit = messageLimit;  // microseconds for one message
-  WalkMirror mirror;
-  std::set<Question> asked;
-};
 
 // A walk under `root` begins that takes at most `budget` elements; another one is over.
 void beginScan(Desktop& desktop, const ElementReference& root, double deadline, int budget);
@@ -34,7 +23,7 @@ void endScan(Desktop& desktop);
 // An attribute of an element is about to be read, for which `questions` are always put. `again`
 // says that the same attribute of the same element was read just before.
 void followScan(Desktop& desktop, const ElementReference& element,
-                const std::vector<Question>& questions, bool again);
+                std::span<const Question> questions, bool again);
 
 // These children of an element were read.
 void descendScan(Desktop& desktop, const ElementReference& element,

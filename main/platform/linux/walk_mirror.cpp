@@ -27,7 +27,7 @@ Followed follow(WalkMirror& mirror, const ObjectName& object, bool again) {
   const auto place = std::prev(found.base());
   Followed followed{Step::takes, {std::next(place), stack.end()}};
   stack.erase(place, stack.end());
-  mirror.taken = object;
+  followed.left = std::exchange(mirror.taken, object);
   mirror.beneath = stack.size();
   --mirror.left;
   return followed;
@@ -45,10 +45,6 @@ std::vector<ObjectName> upcoming(const WalkMirror& mirror, std::size_t most) {
   const auto allowed = static_cast<std::size_t>(std::max(mirror.left, 0));
   const std::size_t count = std::min({most, allowed, mirror.stack.size()});
   return {mirror.stack.rbegin(), mirror.stack.rbegin() + static_cast<std::ptrdiff_t>(count)};
-}
-
-bool exhausted(const WalkMirror& mirror) {
-  return mirror.stack.empty() || mirror.left <= 0;
 }
 
 }  // namespace callmonitor::platform

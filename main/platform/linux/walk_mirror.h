@@ -30,6 +30,7 @@ enum class Step {
 struct Followed {
   Step step = Step::strange;
   std::vector<ObjectName> skipped;  // elements that the walk passed over and will not come to
+  std::optional<ObjectName> left = std::nullopt;  // the element that it read before this one
 };
 
 // Follows the walk to `object`. `again` says that the same attribute of the same element was read
@@ -43,8 +44,5 @@ void descend(WalkMirror& mirror, const std::vector<ObjectName>& children);
 // The elements that the walk takes next if it skips none, the nearest first: at most `most`, and no
 // more than it may still take.
 [[nodiscard]] std::vector<ObjectName> upcoming(const WalkMirror& mirror, std::size_t most);
-
-// Whether nothing is left that the walk could take.
-[[nodiscard]] bool exhausted(const WalkMirror& mirror);
 
 }  // namespace callmonitor::platform

@@ -13,7 +13,7 @@
 #include "evidence/label_scan.h"
 #include "evidence/snapshot.h"
 #include "evidence/web_areas.h"
-#include "platform/linux/element_reading.h"
+#include "platform/linux/element_handle.h"
 #include "platform/platform.h"
 
 namespace callmonitor {

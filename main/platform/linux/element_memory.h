@@ -1,25 +1,15 @@
-// What an element handle is on this desktop, and what is remembered while one is being read.
+// What is remembered while an element is being read.
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <set>
 #include <string>
 
 #include "platform/linux/accessible_object.h"
-#include "platform/platform.h"
 
 namespace callmonitor::platform {
-
-// Identity is the connection and the object; the rest only says how to read it.
-struct ElementReference {
-  std::uint64_t generation = 0;  // of the accessibility bus
-  ObjectName object;             // no bus name: an application that cannot be read
-  std::int32_t pid = 0;
-  std::uint64_t limit = messageLimit;  // microseconds for one message
-  bool application = false;            // the root object of an application
-  bool topLevel = false;               // one of its windows
-};
 
 // One message often answers several attributes. They are remembered for the element that is being
 // read, until another element is read, an attribute is asked for a second time, or the cycle ends;
