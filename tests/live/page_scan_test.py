@@ -215,7 +215,11 @@ class ABrowserThatHangs(PageScanCase):
         def whole():
             answers.append(self.scanner.ask("scan"))
             evidence = answers[-1]["evidence"]
-            return evidence if evidence["complete"] else None
+            if evidence["complete"]:
+                return evidence
+            # A page that was still in the tree when it was found may have gone since.
+            self.scanner.ask("search")
+            return None
 
         try:
             return waitUntil("a scan sees the whole page", whole)

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 
 namespace callmonitor::platform {
 
@@ -34,7 +35,8 @@ BusConnection openBus(const std::string& address, FarEnd end, double deadline, b
       if (late != nullptr) *late = true;
       return nullptr;
     }
-    if (sd_bus_wait(made, static_cast<std::uint64_t>(left * 1e6)) < 0) return nullptr;
+    const int waited = sd_bus_wait(made, static_cast<std::uint64_t>(left * 1e6));
+    if (waited < 0 && waited != -EINTR) return nullptr;
   }
   return sd_bus_is_ready(made) > 0 ? std::move(bus) : nullptr;
 }

@@ -3,6 +3,7 @@
 #include "platform/linux/message_pipeline.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <utility>
 
 namespace callmonitor::platform {
@@ -107,7 +108,8 @@ Waited takeReply(Pipeline& pipeline, const ObjectName& object, std::string_view 
     if (processed > 0) continue;
     const double left = (deadline - systemUptime()) * 1e6;
     if (left < 1) return Waited::late;
-    if (sd_bus_wait(connection, static_cast<std::uint64_t>(left)) < 0) return Waited::lost;
+    const int waited = sd_bus_wait(connection, static_cast<std::uint64_t>(left));
+    if (waited < 0 && waited != -EINTR) return Waited::lost;
   }
   reply = std::move(wanted.reply);
   auto questions = pipeline.underway.find(object);

@@ -164,6 +164,8 @@ struct Looker {
     });
   }
   Json answer(const std::string& command, int number) {
+    // As in each cycle of the program: a connection that was lost is made again.
+    (void)platform::accessibilityTrusted();
     if (!pages.empty() && command == "scan") return oneScan(pages.front(), pid, number, SIGSTOP);
     if (!pages.empty() && command == "kill") return oneScan(pages.front(), pid, number, SIGKILL);
     find();
