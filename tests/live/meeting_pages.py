@@ -28,6 +28,8 @@ _PAGE_OF_HOST = {
     OTHER_HOST: "elsewhere.html",
 }
 HOSTS = tuple(_PAGE_OF_HOST)
+# The server's own address is that of no meeting, whatever its page shows.
+_PAGE_OF_HOST["127.0.0.1"] = "call.html"
 _SCRIPTS = ("client.js", "sound.js")
 _DIRECTORY = os.path.join(os.path.dirname(os.path.abspath(__file__)), "pages")
 
