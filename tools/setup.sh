@@ -7,7 +7,7 @@
 PYTHON=/usr/bin/python3
 
 # What is needed to build the program and its unit tests.
-BUILD_PACKAGES=(g++ cmake ninja-build pkg-config libicu-dev liburiparser-dev nlohmann-json3-dev
+BUILD_PACKAGES=(g++ clang-19 cmake ninja-build pkg-config libicu-dev liburiparser-dev nlohmann-json3-dev
   libgtest-dev libbenchmark-dev libre2-dev libsystemd-dev libxcb1-dev
   libpipewire-0.3-dev libpulse-dev)
 # What checks the sources.

@@ -1,30 +1,16 @@
 // Trust, preparation and the cycle: what concerns the desktop as a whole.
-#include <fcntl.h>
-#include <signal.h>
-#include <unistd.h>
-
 #include "platform/linux/desktop.h"
 #include "platform/linux/element_handle.h"
 #include "platform/linux/peer_connections.h"
 #include "platform/linux/scan_ahead.h"
 #include "platform/linux/x11_connection.h"
 #include "platform/platform.h"
+#include "platform/posix/standard_output.h"
 
 namespace callmonitor::platform {
 
 void prepareMonitoring() {
-  // A reader that goes away must end the program, even where the parent had this signal ignored.
-  signal(SIGPIPE, SIG_DFL);
-  sigset_t pipe;
-  sigemptyset(&pipe);
-  sigaddset(&pipe, SIGPIPE);
-  pthread_sigmask(SIG_UNBLOCK, &pipe, nullptr);
-
-  // A slow reader must delay a line, never cut it.
-  if (const int flags = fcntl(STDOUT_FILENO, F_GETFL); flags >= 0 && (flags & O_NONBLOCK) != 0) {
-    fcntl(STDOUT_FILENO, F_SETFL, flags & ~O_NONBLOCK);
-  }
-
+  prepareStandardOutput();
   AccessibilityBus& bus = desktop().bus;
   bus.mayEnable = true;
   ensureConnected(bus);

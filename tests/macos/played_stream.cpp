@@ -1,0 +1,56 @@
+// Plays scenarios on the stand-ins of the system frameworks, with the balance of references looked
+// at after every cycle.
+#include "scenarios/played_stream.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+
+#include "driver/scheduling.h"
+#include "macos/balance.h"
+#include "macos/standins/desktop.h"
+#include "macos/standins/objects.h"
+#include "process_state.h"
+#include "support/emitted_records.h"
+
+namespace callmonitor::macos {
+
+void expectBalance(const ProcessState& state) {
+  std::set<const void*> references;
+  for (const auto& [element, identifier] : state.scan.registry.identifiers) {
+    references.insert(element.reference.get());
+  }
+  for (const auto& [identifier, element] : state.scan.elements) {
+    references.insert(element.reference.get());
+  }
+  for (const auto& [pid, lobby] : state.clients.lobbyRoots) {
+    references.insert(lobby.root.reference.get());
+  }
+  EXPECT_EQ(standins::heldReferences(), static_cast<long>(references.size()))
+      << "references that are held, and handles, at uptime " << standins::desktop().uptime;
+  EXPECT_EQ(standins::openPools(), 0U);
+}
+
+}  // namespace callmonitor::macos
+
+namespace callmonitor::scenarios {
+
+std::vector<std::string> playedStream(const scenario::Scenario& scenario) {
+  std::vector<std::string> lines = support::linesWrittenBy([&] {
+    standins::play(scenario);
+    ProcessState state;
+    standins::desktop().afterTimer = [&state] { macos::expectBalance(state); };
+    platform::prepareMonitoring();
+    scheduleReports(state.cycleState());
+    macos::expectBalance(state);
+    platform::runLoop();
+  });
+  EXPECT_EQ(standins::desktop().messagesWithoutTimeout, 0)
+      << "messages that might have hung for seconds";
+  standins::reset();
+  EXPECT_EQ(standins::heldReferences(), 0);
+  EXPECT_EQ(standins::livingObjects(), 0);
+  return lines;
+}
+
+}  // namespace callmonitor::scenarios

@@ -1,0 +1,106 @@
+// The desktop behind the stand-ins of the system frameworks: a scenario's world on a clock of its
+// own, and what goes wrong in the frameworks besides.
+//
+// The clock moves only when a message costs time and when a timer fires.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "macos/standins/objects.h"
+#include "platform/platform.h"
+#include "platform/scenario/scenario.h"
+#include "platform/scenario/schedule.h"
+#include "platform/scenario/world.h"
+
+namespace callmonitor::standins {
+
+// What one attribute answers instead of what the world says; what is absent stays as it is there.
+struct AttributeFault {
+  std::optional<std::int32_t> code;
+  // Makes the value afresh for each message, beside whatever code; null for NULL.
+  std::function<Object*()> value;
+  std::optional<double> delay;  // seconds
+};
+
+// What the audio objects answer instead of what the world says. Those of processes are of every
+// process, or of the one at a place in the list.
+struct AudioFaults {
+  std::optional<OSStatus> sizeStatus;
+  std::optional<UInt32> size;
+  std::optional<OSStatus> listStatus;
+  std::optional<UInt32> listReturned;
+  std::optional<std::size_t> onlyProcess;
+  std::optional<OSStatus> bundleStatus;
+  // Makes the bundle identifier afresh, beside whatever status; null for NULL.
+  std::function<Object*()> bundle;
+  std::optional<OSStatus> inputStatus;
+  std::optional<UInt32> inputReturned;
+  std::optional<UInt32> inputValue;
+  std::optional<OSStatus> outputStatus;
+  std::optional<UInt32> outputReturned;
+  std::optional<UInt32> outputValue;
+};
+
+struct Desktop {
+  double uptime = scenario::startUptime;
+  double runUntil = scenario::startUptime;  // the run loop returns when no timer is due before
+
+  scenario::Scenario scenario;
+  scenario::World world;
+  scenario::Schedule schedule;
+  // What each element answers, by key and attribute.
+  std::map<std::string, std::map<std::string, scenario::Answer>> answers;
+
+  // The workspace as the run loop last saw it.
+  std::vector<platform::Application> applications;
+  std::optional<platform::Application> front;
+
+  long majorVersion = 14;
+  long minorVersion = 2;
+
+  // By element and attribute; the empty text stands for every one.
+  std::map<std::pair<std::string, std::string>, AttributeFault> attributeFaults;
+  // Answers the setting of an attribute, after it took effect.
+  std::optional<std::int32_t> setCode;
+  AudioFaults audioFaults;
+  // Makes the window server's list afresh; null for NULL.
+  std::function<Object*()> windowList;
+
+  // Every accessibility message: "copy app:101/w AXRole", "set app:101 AXEnhancedUserInterface".
+  std::vector<std::string> messages;
+  bool recordMessages = false;
+  // The last messaging time-out that was set on a reference of each element, in seconds.
+  long messagesWithoutTimeout = 0;
+
+  std::vector<Object*> timers;  // kept
+  // Called after each timer's callout.
+  std::function<void()> afterTimer;
+  std::uint64_t identifiersMade = 0;
+};
+
+[[nodiscard]] Desktop& desktop();
+
+// Starts over with an empty desktop and an empty run loop.
+void reset();
+
+// Starts a fresh desktop as the scenario opens. Its steps happen as time passes, also in the middle
+// of a cycle: before the first call of a framework at or after their time.
+void play(const scenario::Scenario& scenario);
+
+// Every call of a framework that asks about the desktop begins here.
+void arrive();
+// Lets time pass.
+void advance(double seconds);
+// The workspace notices what came and went, which it does only while the run loop runs.
+void refreshWorkspace();
+
+// The value of an answer as an object; null for no value.
+[[nodiscard]] Object* objectOf(const scenario::Value& value);
+
+}  // namespace callmonitor::standins
