@@ -18,9 +18,9 @@ double wallClock() {
 std::string randomUUID() {
   const auto uuid = Owned<CFUUIDRef>::taken(CFUUIDCreate(kCFAllocatorDefault));
   // The string form is upper-case.
-  const auto string = uuid ? Owned<CFStringRef>::taken(
-                                 CFUUIDCreateString(kCFAllocatorDefault, uuid.get()))
-                           : Owned<CFStringRef>();
+  const auto string =
+      uuid ? Owned<CFStringRef>::taken(CFUUIDCreateString(kCFAllocatorDefault, uuid.get()))
+           : Owned<CFStringRef>();
   const std::optional<std::string> text = textOf(string.get());
   // Identifiers that repeat would merge calls.
   if (!text) std::abort();

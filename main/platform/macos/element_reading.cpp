@@ -70,9 +70,8 @@ Reading readAttribute(const Element& element, std::string_view name) {
 std::int32_t setAttribute(const Element& element, std::string_view name, bool value) {
   const Owned<CFStringRef> attribute = stringOf(name);
   if (!element.reference || !attribute) return code::illegalArgument;
-  return static_cast<std::int32_t>(
-      AXUIElementSetAttributeValue(element.reference->element.get(), attribute.get(),
-                                   value ? kCFBooleanTrue : kCFBooleanFalse));
+  return static_cast<std::int32_t>(AXUIElementSetAttributeValue(
+      element.reference->element.get(), attribute.get(), value ? kCFBooleanTrue : kCFBooleanFalse));
 }
 
 void expectScan(const Element& /*root*/, double /*deadline*/) {}

@@ -37,8 +37,8 @@ std::optional<std::vector<OnScreenWindow>> onScreenWindows() {
   std::vector<OnScreenWindow> windows;
   const CFIndex count = CFArrayGetCount(list.get());
   for (CFIndex i = 0; i < count; ++i) {
-    const auto entry = typed<CFDictionaryRef>(CFArrayGetValueAtIndex(list.get(), i),
-                                              CFDictionaryGetTypeID());
+    const auto entry =
+        typed<CFDictionaryRef>(CFArrayGetValueAtIndex(list.get(), i), CFDictionaryGetTypeID());
     // Something that is no list of windows is not taken in parts.
     if (entry == nullptr) return std::nullopt;
     windows.push_back(windowOf(entry));

@@ -48,9 +48,8 @@ std::vector<Application> runningApplications() {
     const std::optional<Application> application = applicationOf(running);
     if (!application) continue;
     // While a process id passes to another process the list may have both.
-    const bool known = std::ranges::any_of(applications, [&](const Application& other) {
-      return other.pid == application->pid;
-    });
+    const bool known = std::ranges::any_of(
+        applications, [&](const Application& other) { return other.pid == application->pid; });
     if (!known) applications.push_back(*application);
   }
   return applications;

@@ -22,8 +22,9 @@ std::string_view applicationOf(std::string_view key) {
 
 const AttributeFault* faultOf(const std::string& key, const std::string& name) {
   const auto& faults = desktop().attributeFaults;
-  for (const auto& place : {std::pair(key, name), std::pair(key, std::string()),
-                            std::pair(std::string(), name), std::pair(std::string(), std::string())}) {
+  for (const auto& place :
+       {std::pair(key, name), std::pair(key, std::string()), std::pair(std::string(), name),
+        std::pair(std::string(), std::string())}) {
     const auto found = faults.find(place);
     if (found != faults.end()) return &found->second;
   }
@@ -37,8 +38,7 @@ std::optional<scenario::Answer> answerOf(const std::string& key, const std::stri
   if (found == answers.end()) {
     // Of an application that does not run any more there is nobody to answer.
     const bool runs = answers.contains(std::string(applicationOf(key)));
-    return scenario::Answer{
-        {runs ? kAXErrorInvalidUIElement : kAXErrorCannotComplete, {}}, 0};
+    return scenario::Answer{{runs ? kAXErrorInvalidUIElement : kAXErrorCannotComplete, {}}, 0};
   }
   const auto written = found->second.find(name);
   return written == found->second.end() ? std::nullopt : std::optional(written->second);
@@ -132,7 +132,7 @@ AXError AXUIElementSetAttributeValue(AXUIElementRef element, CFStringRef attribu
   record(flag ? "set" : "clear", asked, name);
   leaveSomethingBehind();
   const auto answer = answerOf(asked.key, name);
-  const double delay = answer ? answer->delay : 0;
+  const double delay = desktop().setDelay.value_or(answer ? answer->delay : 0);
   if (!deliver(asked, delayOf(asked.key, delay))) return kAXErrorCannotComplete;
   const std::int32_t code = answer ? answer->reading.code : kAXErrorSuccess;
   return static_cast<AXError>(desktop().setCode.value_or(code));

@@ -47,7 +47,8 @@ OSStatus giveBundle(const platform::AudioProcess& process, const AudioFaults& fa
   if (*size < sizeof(CFTypeRef)) return badSize;
   Object* bundle = faults.bundle ? faults.bundle() : madeText(process.bundle);
   const void* reference = handedOut(bundle);
-  const OSStatus status = give(static_cast<const void*>(&reference), sizeof reference, size, data, {});
+  const OSStatus status =
+      give(static_cast<const void*>(&reference), sizeof reference, size, data, {});
   return faults.bundleStatus.value_or(status);
 }
 

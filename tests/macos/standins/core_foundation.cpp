@@ -78,9 +78,8 @@ CFIndex CFStringGetBytes(CFStringRef string, CFRange range, CFStringEncoding enc
       range.location + range.length > static_cast<CFIndex>(units.size())) {
     refuse("a range outside of its string was asked for");
   }
-  const std::u16string_view part =
-      std::u16string_view(units).substr(static_cast<std::size_t>(range.location),
-                                        static_cast<std::size_t>(range.length));
+  const std::u16string_view part = std::u16string_view(units).substr(
+      static_cast<std::size_t>(range.location), static_cast<std::size_t>(range.length));
   std::size_t at = 0;
   CFIndex written = 0;
   while (at < part.size()) {

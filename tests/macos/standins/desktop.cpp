@@ -96,7 +96,8 @@ Object* objectOf(const scenario::Value& value) {
           return made(ElementHandle{held.name});
         } else if constexpr (std::is_same_v<Held, std::vector<scenario::Reference>>) {
           std::vector<Object*> elements;
-          for (const auto& reference : held) elements.push_back(made(ElementHandle{reference.name}));
+          for (const auto& reference : held)
+            elements.push_back(made(ElementHandle{reference.name}));
           return madeList(elements);
         } else if constexpr (std::is_same_v<Held, platform::OtherType>) {
           return madeNumber(7);

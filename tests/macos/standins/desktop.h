@@ -60,14 +60,16 @@ struct Desktop {
   // The workspace as the run loop last saw it.
   std::vector<platform::Application> applications;
   std::optional<platform::Application> front;
+  bool lookupFails = false;  // no application is found by its process id
 
   long majorVersion = 14;
   long minorVersion = 2;
 
   // By element and attribute; the empty text stands for every one.
   std::map<std::pair<std::string, std::string>, AttributeFault> attributeFaults;
-  // Answers the setting of an attribute, after it took effect.
+  // What the setting of any attribute answers, and how long that takes (seconds).
   std::optional<std::int32_t> setCode;
+  std::optional<double> setDelay;
   AudioFaults audioFaults;
   // Makes the window server's list afresh; null for NULL.
   std::function<Object*()> windowList;
@@ -75,7 +77,7 @@ struct Desktop {
   // Every accessibility message: "copy app:101/w AXRole", "set app:101 AXEnhancedUserInterface".
   std::vector<std::string> messages;
   bool recordMessages = false;
-  // The last messaging time-out that was set on a reference of each element, in seconds.
+  // Messages on references that no time-out was set for.
   long messagesWithoutTimeout = 0;
 
   std::vector<Object*> timers;  // kept

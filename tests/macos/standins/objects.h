@@ -69,9 +69,8 @@ struct Named {
   std::string name;
 };
 
-using Payload =
-    std::variant<Gone, Text, Number, Flag, Geometry, Url, List, Dictionary, Uuid, ElementHandle,
-                 Timer, RunLoop, Date, RunningApplication, Named>;
+using Payload = std::variant<Gone, Text, Number, Flag, Geometry, Url, List, Dictionary, Uuid,
+                             ElementHandle, Timer, RunLoop, Date, RunningApplication, Named>;
 
 struct Object {
   Payload payload;

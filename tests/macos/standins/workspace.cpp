@@ -15,7 +15,7 @@ Object workspaceClass __asm__("OBJC_CLASS_$_NSWorkspace"){Named{"NSWorkspace cla
 Object applicationClass __asm__("OBJC_CLASS_$_NSRunningApplication"){
     Named{"NSRunningApplication class"}, 0, 0, true};
 Object processInfoClass __asm__("OBJC_CLASS_$_NSProcessInfo"){Named{"NSProcessInfo class"}, 0, 0,
-                                                               true};
+                                                              true};
 
 namespace {
 
@@ -54,7 +54,7 @@ Object* applicationWithPid(Object* /*self*/, Selector, pid_t pid) {
   arrive();
   const auto& applications = desktop().applications;
   const auto found = std::ranges::find(applications, pid, &platform::Application::pid);
-  return found == applications.end() ? nullptr : applicationObject(*found);
+  return found == applications.end() || desktop().lookupFails ? nullptr : applicationObject(*found);
 }
 
 const platform::Application& valuesOf(const Object* self) {
@@ -137,8 +137,8 @@ AnyMethod methodOf(const Object& receiver, std::string_view selector) {
       {"NSWorkspace class", "sharedWorkspace", any(sharedWorkspace)},
       {"NSWorkspace", "runningApplications", any(runningApplications)},
       {"NSWorkspace", "frontmostApplication", any(frontmostApplication)},
-      {"NSRunningApplication class", "runningApplicationWithProcessIdentifier:",
-       any(applicationWithPid)},
+      {"NSRunningApplication class",
+       "runningApplicationWithProcessIdentifier:", any(applicationWithPid)},
       {"NSRunningApplication", "processIdentifier", any(processIdentifier)},
       {"NSRunningApplication", "activationPolicy", any(activationPolicy)},
       {"NSRunningApplication", "bundleIdentifier", any(bundleIdentifier)},

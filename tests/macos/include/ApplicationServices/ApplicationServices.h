@@ -2,9 +2,8 @@
 // public documentation.
 #pragma once
 
-#include <sys/types.h>
-
 #include <CoreFoundation/CoreFoundation.h>
+#include <sys/types.h>
 
 extern "C" {
 

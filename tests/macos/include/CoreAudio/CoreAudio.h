@@ -21,10 +21,10 @@ enum : AudioObjectID { kAudioObjectSystemObject = 1 };
 enum : AudioObjectPropertyScope { kAudioObjectPropertyScopeGlobal = 0x676C6F62 };  // 'glob'
 enum : AudioObjectPropertyElement { kAudioObjectPropertyElementMain = 0 };
 enum : AudioObjectPropertySelector {
-  kAudioHardwarePropertyProcessObjectList = 0x70727323,    // 'prs#'
-  kAudioProcessPropertyBundleID = 0x70626964,              // 'pbid'
-  kAudioProcessPropertyIsRunningInput = 0x70697269,        // 'piri'
-  kAudioProcessPropertyIsRunningOutput = 0x7069726F,       // 'piro'
+  kAudioHardwarePropertyProcessObjectList = 0x70727323,  // 'prs#'
+  kAudioProcessPropertyBundleID = 0x70626964,            // 'pbid'
+  kAudioProcessPropertyIsRunningInput = 0x70697269,      // 'piri'
+  kAudioProcessPropertyIsRunningOutput = 0x7069726F,     // 'piro'
 };
 
 OSStatus AudioObjectGetPropertyDataSize(AudioObjectID object,

@@ -1,0 +1,262 @@
+// What goes wrong with trust, window list, sound and workspace changes what is told as it should,
+// ends nothing, leaves nothing behind, and is over when it is over.
+#include <CoreGraphics/CoreGraphics.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "macos/fault_effects.h"
+
+namespace callmonitor::macos {
+namespace {
+
+using platform::Application;
+using standins::AudioFaults;
+
+// An application that counts only for its sound.
+constexpr const char* genericCall = R"(
+app calls org.example.Calls
+  window w "Standup"
+    button description="Leave call"
+    button description="Turn off microphone"
+    button description="Turn off camera"
+audio org.example.Calls in out
+end 1h
+)";
+
+struct DesktopFaults : FaultEffects {};
+
+TEST_F(DesktopFaults, TrustThatGoesLeavesCallsUnknown) {
+  expectEffect(
+      meetCall, {joined}, "not trusted", [] { desktop().world.trusted = false; },
+      [] { desktop().world.trusted = true; }, {unknown, "untrusted", {}, false});
+}
+
+// The list's entries.
+
+using Fields = std::vector<std::pair<CFStringRef, Object*>>;
+
+Object* entry(const Fields& fields) {
+  standins::Dictionary dictionary;
+  for (const auto& [key, value] : fields) {
+    standins::keep(value);
+    dictionary.entries[standins::usedAs<standins::Text>(key).units] = value;
+  }
+  return standins::made(std::move(dictionary));
+}
+
+// The call's window with one field changed; null takes it away.
+Object* changed(CFStringRef field, Object* value) {
+  Fields fields;
+  for (const auto& [key, usual] : Fields{{kCGWindowOwnerPID, standins::madeNumber(101)},
+                                         {kCGWindowName, standins::madeText("Standup")},
+                                         {kCGWindowLayer, standins::madeNumber(0)},
+                                         {kCGWindowNumber, standins::madeNumber(1)}}) {
+    if (key != field) {
+      fields.emplace_back(key, usual);
+      continue;
+    }
+    // Nobody has a reference to what is left out.
+    standins::keep(usual);
+    standins::drop(usual);
+    if (value != nullptr) fields.emplace_back(key, value);
+  }
+  return entry(fields);
+}
+
+Object* listOf(const std::vector<Object*>& entries) {
+  return standins::madeList(entries);
+}
+
+TEST_F(DesktopFaults, AWindowListThatIsNotWhatItShouldBeCostsTheNumberOnly) {
+  using standins::flagObject;
+  using standins::madeFraction;
+  using standins::madeNumber;
+  using standins::madeText;
+  struct Row {
+    const char* sentence;
+    std::function<Object*()> list;
+    const char* calls;
+  };
+  const auto usual = [] { return changed(nullptr, nullptr); };
+  for (const Row& row : std::vector<Row>{
+           {"the usual entry", [&] { return listOf({usual()}); }, joined},
+           {"no list", [] { return nullptr; }, joinedNowhere},
+           {"an empty list", [] { return listOf({}); }, joinedNowhere},
+           {"a list of numbers", [] { return listOf({madeNumber(1)}); }, joinedNowhere},
+           {"a list with a text besides",
+            [&] {
+              return listOf({usual(), madeText("x")});
+            },
+            joinedNowhere},
+           {"a list with a hole",
+            [&] {
+              return listOf({usual(), nullptr});
+            },
+            joinedNowhere},
+           {"an entry of nothing besides",
+            [&] {
+              return listOf({usual(), entry({})});
+            },
+            joined},
+           {"two windows of the title",
+            [&] {
+              return listOf({usual(), usual()});
+            },
+            joinedNowhere},
+           {"no owner", [] { return listOf({changed(kCGWindowOwnerPID, nullptr)}); },
+            joinedNowhere},
+           {"an owner in words",
+            [] { return listOf({changed(kCGWindowOwnerPID, madeText("101"))}); }, joinedNowhere},
+           {"an owner that no process id can be",
+            [] { return listOf({changed(kCGWindowOwnerPID, madeNumber((1LL << 32) + 101))}); },
+            joinedNowhere},
+           {"an owner with a fraction",
+            [] { return listOf({changed(kCGWindowOwnerPID, madeFraction(101.5))}); },
+            joinedNowhere},
+           {"an owner as a floating number",
+            [] { return listOf({changed(kCGWindowOwnerPID, madeFraction(101))}); }, joined},
+           {"no name", [] { return listOf({changed(kCGWindowName, nullptr)}); }, joinedNowhere},
+           {"a number for a name", [] { return listOf({changed(kCGWindowName, madeNumber(1))}); },
+            joinedNowhere},
+           {"no layer", [] { return listOf({changed(kCGWindowLayer, nullptr)}); }, joinedNowhere},
+           {"another layer", [] { return listOf({changed(kCGWindowLayer, madeNumber(3))}); },
+            joinedNowhere},
+           {"a Boolean for a layer",
+            [] { return listOf({changed(kCGWindowLayer, flagObject(false))}); }, joinedNowhere},
+           {"no number", [] { return listOf({changed(kCGWindowNumber, nullptr)}); }, joinedNowhere},
+           {"a number in words", [] { return listOf({changed(kCGWindowNumber, madeText("1"))}); },
+            joinedNowhere},
+           {"a list for a number", [] { return listOf({changed(kCGWindowNumber, listOf({}))}); },
+            joinedNowhere},
+       }) {
+    expectEffect(
+        meetCall, {joined}, row.sentence, [&] { desktop().windowList = row.list; },
+        [] { desktop().windowList = {}; }, {row.calls});
+  }
+}
+
+TEST_F(DesktopFaults, SoundThatCannotBeReadWhollyIsNotKnown) {
+  struct Row {
+    const char* sentence;
+    std::function<void()> begin;
+    const char* calls;
+  };
+  AudioFaults& faults = desktop().audioFaults;
+  constexpr OSStatus failure = -1;
+  const auto text = [] { return standins::madeText("org.example.Calls"); };
+  for (const Row& row : std::vector<Row>{
+           {"the size fails", [&] { faults.sizeStatus = failure; }, unknown},
+           {"a size of nothing", [&] { faults.size = 0; }, unknown},
+           {"a size of an id and a half", [&] { faults.size = 6; }, unknown},
+           {"a size over the limit", [&] { faults.size = 16388; }, unknown},
+           {"a size of exactly the limit", [&] { faults.size = 16384; }, joined},
+           {"the list fails", [&] { faults.listStatus = failure; }, unknown},
+           {"half an id is returned", [&] { faults.listReturned = 2; }, unknown},
+           {"no id is returned", [&] { faults.listReturned = 0; }, unknown},
+           {"more is returned than was asked for", [&] { faults.listReturned = 400; }, joined},
+           {"the bundle identifier fails", [&] { faults.bundleStatus = failure; }, unknown},
+           {"the bundle identifier fails beside a value",
+            [&] {
+              faults.bundleStatus = failure;
+              faults.bundle = text;
+            },
+            unknown},
+           {"the bundle identifier is NULL", [&] { faults.bundle = [] { return nullptr; }; },
+            unknown},
+           {"the bundle identifier is a number",
+            [&] { faults.bundle = [] { return standins::madeNumber(1); }; }, unknown},
+           {"input fails", [&] { faults.inputStatus = failure; }, unknown},
+           {"input of half the size", [&] { faults.inputReturned = 2; }, unknown},
+           {"input of twice the size", [&] { faults.inputReturned = 8; }, unknown},
+           {"input of any number but zero", [&] { faults.inputValue = 0x80000000; }, joined},
+           {"no input", [&] { faults.inputValue = 0; }, unknown},
+           {"output fails", [&] { faults.outputStatus = failure; }, unknown},
+           {"output of half the size", [&] { faults.outputReturned = 2; }, unknown},
+           {"output of any number but zero", [&] { faults.outputValue = 2; }, joined},
+           {"no output", [&] { faults.outputValue = 0; }, unknown},
+           {"system 14.1", [] { desktop().minorVersion = 1; }, unknown},
+           {"system 13.6",
+            [] {
+              desktop().majorVersion = 13;
+              desktop().minorVersion = 6;
+            },
+            unknown},
+           {"system 15.0",
+            [] {
+              desktop().majorVersion = 15;
+              desktop().minorVersion = 0;
+            },
+            joined},
+       }) {
+    expectEffect(genericCall, {joined, "no-front-provider"}, row.sentence, row.begin,
+                 [&] {
+                   faults = {};
+                   desktop().majorVersion = 14;
+                   desktop().minorVersion = 2;
+                 },
+                 {row.calls, "no-front-provider"});
+  }
+}
+
+TEST_F(DesktopFaults, AWorkspaceThatDoesNotKnow) {
+  struct Row {
+    const char* sentence;
+    std::function<void()> begin;
+    std::string meanwhile;  // in the first cycle
+    const char* stage;
+  };
+  const auto chrome = []() -> Application& { return desktop().applications.front(); };
+  for (const Row& row : std::vector<Row>{
+           {"nobody is in front", [] { desktop().front.reset(); }, joined, "no-front-provider"},
+           {"the application in front has no process", [] { desktop().front->pid = -1; }, joined,
+            "no-front-provider"},
+           {"the application in front has no bundle identifier",
+            [] { desktop().front->bundleIdentifier.reset(); }, joined, "no-front-provider"},
+           {"no application is found by its process id", [] { desktop().lookupFails = true; },
+            joinedNowhere, "complete"},
+           {"another application without a process",
+            [&] {
+              Application other = chrome();
+              other.pid = -1;
+              desktop().applications.insert(desktop().applications.begin(), 2, other);
+            },
+            joined, "complete"},
+           {"the same process twice", [&] { desktop().applications.push_back(chrome()); }, joined,
+            "complete"},
+           {"no bundle identifier", [&] { chrome().bundleIdentifier.reset(); }, unknown,
+            "complete"},
+       }) {
+    expectEffect(meetCall, {joined}, row.sentence, row.begin,
+                 [] {
+                   desktop().lookupFails = false;
+                   standins::refreshWorkspace();
+                 },
+                 {row.meanwhile, row.stage});
+  }
+}
+
+TEST_F(DesktopFaults, AnApplicationThatIsNotListedHasQuit) {
+  play(meetCall);
+  expectCycle({joined}, "before");
+  desktop().applications.clear();
+  expectCycle({"left \"Standup\""}, "meanwhile");
+  expectCycle({""}, "meanwhile");
+  standins::refreshWorkspace();
+  expectCycle({joined}, "as a new call");
+}
+
+TEST_F(DesktopFaults, ALaunchTimeThatIsNotKnownAnyMoreIsAnotherLaunch) {
+  play(meetCall);
+  expectCycle({joined}, "before");
+  desktop().applications.front().launchedAt.reset();
+  // Without a launch time no window can be the call's for certain.
+  expectCycle({"left \"Standup\", joined media \"Standup\""}, "meanwhile");
+  expectCycle({joinedNowhere}, "meanwhile");
+}
+
+}  // namespace
+}  // namespace callmonitor::macos

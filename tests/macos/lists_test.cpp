@@ -1,0 +1,93 @@
+// The sound system's processes and the window server's windows, as they are listed.
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "macos/stepped_desktop.h"
+
+namespace callmonitor::macos {
+namespace {
+
+struct Lists : SteppedDesktop {
+  // The processes in words, "absent" where there is no list.
+  static std::vector<std::string> sounds() {
+    std::vector<std::string> words;
+    platform::inCycle([&] {
+      const auto processes = platform::audioProcesses();
+      if (!processes) words.emplace_back("absent");
+      for (const auto& process : processes.value_or(std::vector<platform::AudioProcess>())) {
+        words.push_back(process.bundle + (process.input ? " in" : "") +
+                        (process.output ? " out" : ""));
+      }
+    });
+    EXPECT_EQ(standins::heldReferences(), 0);
+    return words;
+  }
+};
+
+using Words = std::vector<std::string>;
+
+TEST_F(Lists, EveryProcessIsListedInItsOrder) {
+  play("audio org.a.a in\naudio org.b.b out\naudio org.c.c in out\naudio org.d.d\nend 1s\n");
+  EXPECT_EQ(sounds(), (Words{"org.a.a in", "org.b.b out", "org.c.c in out", "org.d.d"}));
+}
+
+TEST_F(Lists, AProcessWithoutABundleIdentifierIsListedToo) {
+  play("audio org.a.a in\nend 1s\n");
+  desktop().audioFaults.bundle = [] { return standins::madeText(""); };
+  EXPECT_EQ(sounds(), Words{" in"});
+}
+
+TEST_F(Lists, NoProcessesIsAnEmptyListAndNoListIsNone) {
+  play("audio none\nend 1s\n");
+  EXPECT_EQ(sounds(), Words{});
+  play("audio absent\nend 1s\n");
+  EXPECT_EQ(sounds(), Words{"absent"});
+}
+
+TEST_F(Lists, OneProcessThatCannotBeReadCostsTheWholeList) {
+  for (std::size_t place = 0; place < 3; ++place) {
+    play("audio org.a.a in\naudio org.b.b out\naudio org.c.c\nend 1s\n");
+    desktop().audioFaults.onlyProcess = place;
+    desktop().audioFaults.outputReturned = 3;
+    EXPECT_EQ(sounds(), Words{"absent"}) << place;
+  }
+}
+
+TEST_F(Lists, OfAListThatGrewOrShrankWhatIsThereIsTaken) {
+  play("audio org.a.a in\naudio org.b.b out\nend 1s\n");
+  desktop().audioFaults.size = 4;
+  EXPECT_EQ(sounds(), Words{"org.a.a in"}) << "there was room for one";
+  desktop().audioFaults.size = 400;
+  EXPECT_EQ(sounds(), (Words{"org.a.a in", "org.b.b out"}));
+}
+
+TEST_F(Lists, WindowsAreListedWithWhatIsKnownOfThem) {
+  play(R"(
+app a org.example.A
+screen
+  entry a "One" layer=0 number=7
+  entry "Nobody's" layer=3
+  entry a
+end 1s
+)");
+  std::optional<std::vector<platform::OnScreenWindow>> windows;
+  platform::inCycle([&] { windows = platform::onScreenWindows(); });
+  ASSERT_TRUE(windows.has_value());
+  ASSERT_EQ(windows->size(), 3U);
+  EXPECT_EQ(windows->at(0).ownerPid, 101);
+  EXPECT_EQ(windows->at(0).name, "One");
+  EXPECT_EQ(windows->at(0).layer, 0);
+  EXPECT_EQ(windows->at(0).number, 7);
+  EXPECT_EQ(windows->at(1).ownerPid, std::nullopt);
+  EXPECT_EQ(windows->at(1).name, "Nobody's");
+  EXPECT_EQ(windows->at(1).layer, 3);
+  EXPECT_EQ(windows->at(1).number, std::nullopt);
+  EXPECT_EQ(windows->at(2).ownerPid, 101);
+  EXPECT_EQ(windows->at(2).name, std::nullopt);
+}
+
+}  // namespace
+}  // namespace callmonitor::macos

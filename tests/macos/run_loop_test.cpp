@@ -1,0 +1,78 @@
+// Timers on the main run loop, clocks and identifiers.
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <regex>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "macos/stepped_desktop.h"
+
+namespace callmonitor::macos {
+namespace {
+
+struct RunLoopTest : SteppedDesktop {
+  RunLoopTest() { desktop().runUntil = desktop().uptime + 100; }
+};
+
+TEST_F(RunLoopTest, ATimerRunsOnceWhenTheLoopRunsAndTheLoopEndsWithoutOne) {
+  int times = 0;
+  double at = 0;
+  const double start = platform::systemUptime();
+  platform::afterDelay(2.5, [&] {
+    ++times;
+    at = platform::systemUptime();
+  });
+  EXPECT_EQ(times, 0);
+  platform::runLoop();
+  EXPECT_EQ(times, 1);
+  EXPECT_NEAR(at - start, 2.5, 1e-6);
+  platform::runLoop();
+  EXPECT_EQ(times, 1);
+}
+
+TEST_F(RunLoopTest, TimersRunInTheOrderInWhichTheyAreDue) {
+  std::string order;
+  platform::afterDelay(3, [&] { order += 'c'; });
+  platform::afterDelay(1, [&] {
+    order += 'a';
+    platform::afterDelay(1, [&] { order += 'b'; });
+  });
+  platform::afterDelay(-1, [&] { order += '-'; });
+  platform::runLoop();
+  EXPECT_EQ(order, "-abc");
+}
+
+TEST_F(RunLoopTest, AnActionGoesWithItsTimer) {
+  const auto token = std::make_shared<int>(0);
+  long during = 0;
+  platform::afterDelay(1, [token, &during] { during = token.use_count(); });
+  EXPECT_EQ(token.use_count(), 2);
+  EXPECT_EQ(standins::heldReferences(), 0) << "the timer is the loop's";
+  platform::runLoop();
+  EXPECT_EQ(during, 2) << "the action is there while it runs";
+  EXPECT_EQ(token.use_count(), 1);
+  EXPECT_EQ(standins::livingObjects(), 0);
+}
+
+TEST_F(RunLoopTest, TheWallClockCountsFrom1970) {
+  EXPECT_NEAR(platform::wallClock(), 1.75e9, 1e-6);
+  standins::advance(2.5);
+  EXPECT_NEAR(platform::wallClock(), 1.75e9 + 2.5, 1e-6);
+}
+
+TEST_F(RunLoopTest, IdentifiersAreUpperCaseAndDifferent) {
+  const std::regex form("[0-9A-F]{8}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{12}");
+  std::set<std::string> identifiers;
+  for (int i = 0; i < 20; ++i) {
+    const std::string identifier = platform::randomUUID();
+    EXPECT_TRUE(std::regex_match(identifier, form)) << identifier;
+    identifiers.insert(identifier);
+  }
+  EXPECT_EQ(identifiers.size(), 20U);
+  EXPECT_EQ(standins::livingObjects(), 0);
+}
+
+}  // namespace
+}  // namespace callmonitor::macos

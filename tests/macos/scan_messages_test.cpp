@@ -1,0 +1,137 @@
+// How many messages a look at a page sends, and which.
+#include <gtest/gtest.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "evidence/label_scan.h"
+#include "macos/stepped_desktop.h"
+
+namespace callmonitor::macos {
+namespace {
+
+using platform::Element;
+using Words = std::vector<std::string>;
+
+struct ScanMessages : SteppedDesktop {
+  ScanMessages() { pool = standins::openPool(); }
+  ~ScanMessages() override { standins::closePool(pool); }
+  void* pool = nullptr;
+
+  // Scans the page "p" and gives the attributes that each element was asked for, in order.
+  std::map<std::string, Words> asked(const std::string& text, Evidence& evidence) {
+    play(text);
+    const Element page = std::get<std::vector<Element>>(
+        platform::readAttribute(platform::applicationElement(101, 0.2), "AXWindows").value)[0];
+    const Element root =
+        std::get<std::vector<Element>>(platform::readAttribute(page, "AXChildren").value)[0];
+    desktop().recordMessages = true;
+    evidence = labels(root, /*browser=*/true, false, false, desktop().uptime + 1);
+    std::map<std::string, Words> attributes;
+    for (const std::string& message : desktop().messages) {
+      const std::size_t key = message.find(' ') + 1;
+      const std::size_t name = message.rfind(' ') + 1;
+      EXPECT_TRUE(message.starts_with("copy ")) << message;
+      attributes[message.substr(key, name - key - 1)].push_back(message.substr(name));
+    }
+    return attributes;
+  }
+};
+
+const Words wholeElement{"AXRole",    "AXSubrole",     "AXTitle", "AXHidden",
+                         "AXEnabled", "AXDescription", "AXValue", "AXChildren"};
+// Of what a chat or a text field holds nothing is asked but what tells that it is one.
+const Words excludedElement{"AXRole",   "AXSubrole", "AXTitle",
+                            "AXHidden", "AXEnabled", "AXDescription"};
+
+TEST_F(ScanMessages, APageOfTheWholeBudgetCostsEightMessagesAnElement) {
+  // The page, 16 groups, and 99 buttons in each of them: one more than the budget.
+  Evidence evidence;
+  const auto attributes = asked(R"(
+app chrome com.google.Chrome
+  window "Standup"
+    page p https://meet.google.com/abc-defg-hij
+      repeat 16
+        group
+          repeat 99
+            button "Raise hand"
+end 1h
+)",
+                                evidence);
+  EXPECT_EQ(evidence.nodes, 1600);
+  EXPECT_TRUE(evidence.truncated);
+  EXPECT_EQ(attributes.size(), 1600U);
+  EXPECT_EQ(desktop().messages.size(), 1600U * 8);
+  for (const auto& [key, names] : attributes) EXPECT_EQ(names, wholeElement) << key;
+}
+
+TEST_F(ScanMessages, ExcludedElementsAreNotAskedForTheirValueNorTheirChildren) {
+  Evidence evidence;
+  const auto attributes = asked(R"(
+app chrome com.google.Chrome
+  window "Standup"
+    page p https://meet.google.com/abc-defg-hij
+      group chat "Meeting chat"
+        repeat 20
+          text "Hello"
+      textfield field "secret"
+      textarea area "secret"
+      list people
+        repeat 50
+          button "Mute"
+      log captions "Captions"
+        text "Hello"
+      group controls
+        button leave "Leave call"
+end 1h
+)",
+                                evidence);
+  EXPECT_TRUE(evidence.complete);
+  std::map<std::string, Words> expected;
+  for (const char* key : {"p", "controls", "leave"}) {
+    expected["app:101/" + std::string(key)] = wholeElement;
+  }
+  for (const char* key : {"chat", "field", "area", "people", "captions"}) {
+    expected["app:101/" + std::string(key)] = excludedElement;
+  }
+  EXPECT_EQ(attributes, expected);
+}
+
+TEST_F(ScanMessages, AHiddenElementIsAskedNoFurther) {
+  Evidence evidence;
+  const auto attributes = asked(R"(
+app chrome com.google.Chrome
+  window "Standup"
+    page p https://meet.google.com/abc-defg-hij
+      group away hidden
+        button "Leave call"
+end 1h
+)",
+                                evidence);
+  EXPECT_EQ(attributes.at("app:101/away"), (Words{"AXRole", "AXSubrole", "AXTitle", "AXHidden"}));
+  EXPECT_EQ(attributes.size(), 2U);
+}
+
+TEST_F(ScanMessages, NoMessageIsSentAfterTheDeadline) {
+  Evidence evidence;
+  const auto attributes = asked(R"(
+app chrome com.google.Chrome
+  window "Standup"
+    page p https://meet.google.com/abc-defg-hij
+      slow AXRole 150ms
+      slow AXTitle 150ms
+      slow AXValue 1s
+      button "Leave call"
+end 1h
+)",
+                                evidence);
+  EXPECT_TRUE(evidence.deadline);
+  EXPECT_EQ(attributes.size(), 1U);
+  EXPECT_EQ(attributes.at("app:101/p"), (Words{"AXRole", "AXSubrole", "AXTitle", "AXHidden",
+                                               "AXEnabled", "AXDescription", "AXValue"}))
+      << "0.15 + 0.15 + 0.2 s have passed then";
+}
+
+}  // namespace
+}  // namespace callmonitor::macos
