@@ -239,6 +239,42 @@ TEST_F(DesktopFaults, AWorkspaceThatDoesNotKnow) {
   }
 }
 
+TEST_F(DesktopFaults, AnElementThatCannotBeMadeLeavesItsCallUnknown) {
+  expectEffect(
+      meetCall, {joined}, "no element", [] { desktop().elementsFail = true; },
+      [] { desktop().elementsFail = false; }, {unknown, "no-focused-window"});
+}
+
+TEST_F(DesktopFaults, ATimeOutThatCannotBeSetChangesNothingWhileAnswersCome) {
+  for (const std::int32_t code : {-25200, -25201, -25202, -25204, -25208}) {
+    expectEffect(
+        meetCall, {joined}, std::to_string(code), [&] { desktop().timeoutCode = code; },
+        [] { desktop().timeoutCode.reset(); }, {joined});
+  }
+}
+
+// The list of applications is part of the look at them, which has 1.2 s; trust and sound are asked
+// before it begins, the rest after it has ended.
+TEST_F(DesktopFaults, ACallWithoutTimeOutThatIsSlowIsWaitedFor) {
+  struct Row {
+    const char* function;
+    const char* calls;
+  };
+  for (const Row& row : std::vector<Row>{
+           {"AXIsProcessTrusted", joined},
+           {"AudioObjectGetPropertyDataSize", joined},
+           {"AudioObjectGetPropertyData", joined},
+           {"runningApplications", unknown},
+           {"frontmostApplication", unknown},
+           {"runningApplicationWithProcessIdentifier:", joined},
+           {"CGWindowListCopyWindowInfo", joined},
+       }) {
+    expectEffect(
+        meetCall, {joined}, row.function, [&] { desktop().delays[row.function] = 2; },
+        [] { desktop().delays.clear(); }, {row.calls});
+  }
+}
+
 TEST_F(DesktopFaults, AnApplicationThatIsNotListedHasQuit) {
   play(meetCall);
   expectCycle({joined}, "before");

@@ -64,6 +64,14 @@ TEST_F(Lists, OfAListThatGrewOrShrankWhatIsThereIsTaken) {
   EXPECT_EQ(sounds(), (Words{"org.a.a in", "org.b.b out"}));
 }
 
+TEST_F(Lists, AListThatEndsWithinAnIdIsNone) {
+  for (const UInt32 returned : {1U, 2U, 6U, 7U}) {
+    play("audio org.a.a in\naudio org.b.b out\nend 1s\n");
+    desktop().audioFaults.listReturned = returned;
+    EXPECT_EQ(sounds(), Words{"absent"}) << returned;
+  }
+}
+
 TEST_F(Lists, WindowsAreListedWithWhatIsKnownOfThem) {
   play(R"(
 app a org.example.A

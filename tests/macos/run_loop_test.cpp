@@ -74,5 +74,20 @@ TEST_F(RunLoopTest, IdentifiersAreUpperCaseAndDifferent) {
   EXPECT_EQ(standins::livingObjects(), 0);
 }
 
+TEST_F(RunLoopTest, AMonitorThatCouldNotGoOnDoesNotPretendTo) {
+  EXPECT_DEATH(
+      {
+        desktop().timersFail = true;
+        platform::afterDelay(1, [] {});
+      },
+      "cannot set a timer");
+  EXPECT_DEATH(
+      {
+        desktop().identifiersFail = true;
+        (void)platform::randomUUID();
+      },
+      "");
+}
+
 }  // namespace
 }  // namespace callmonitor::macos

@@ -4,8 +4,8 @@
 // of the cycle, or one of a function's own where it is called outside a cycle too.
 #include "platform/macos/workspace.h"
 
-#include <AppKit/AppKit.h>
-#include <Foundation/Foundation.h>
+#import <AppKit/AppKit.h>
+#import <Foundation/Foundation.h>
 
 #include <algorithm>
 #include <cstdint>

@@ -78,7 +78,7 @@ using namespace callmonitor::standins;
 extern "C" {
 
 Boolean AXIsProcessTrusted() {
-  arrive();
+  arrive("AXIsProcessTrusted");
   return desktop().world.trusted ? 1 : 0;
 }
 
@@ -88,14 +88,16 @@ CFTypeID AXUIElementGetTypeID() {
 }
 
 AXUIElementRef AXUIElementCreateApplication(pid_t pid) {
+  if (desktop().elementsFail) return nullptr;
   return static_cast<AXUIElementRef>(
       handedOut(made(ElementHandle{callmonitor::scenario::applicationElementKey(pid)})));
 }
 
 AXError AXUIElementSetMessagingTimeout(AXUIElementRef element, float seconds) {
   // Whole milliseconds, so that 0.2 of either precision is the same.
-  usedAs<ElementHandle>(element).messageTimeout =
-      std::round(static_cast<double>(seconds) * 1000) / 1000;
+  ElementHandle& told = usedAs<ElementHandle>(element);
+  if (desktop().timeoutCode) return static_cast<AXError>(*desktop().timeoutCode);
+  told.messageTimeout = std::round(static_cast<double>(seconds) * 1000) / 1000;
   return kAXErrorSuccess;
 }
 
@@ -103,7 +105,7 @@ AXError AXUIElementCopyAttributeValue(AXUIElementRef element, CFStringRef attrib
                                       CFTypeRef* value) {
   const ElementHandle& asked = usedAs<ElementHandle>(element);
   const std::string name = utf8Of(usedAs<Text>(attribute).units);
-  arrive();
+  arrive("AXUIElementCopyAttributeValue");
   record("copy", asked, name);
   leaveSomethingBehind();
   const AttributeFault* fault = faultOf(asked.key, name);
@@ -128,7 +130,7 @@ AXError AXUIElementSetAttributeValue(AXUIElementRef element, CFStringRef attribu
   const ElementHandle& asked = usedAs<ElementHandle>(element);
   const std::string name = utf8Of(usedAs<Text>(attribute).units);
   const bool flag = usedAs<Flag>(value).value;
-  arrive();
+  arrive("AXUIElementSetAttributeValue");
   record(flag ? "set" : "clear", asked, name);
   leaveSomethingBehind();
   const auto answer = answerOf(asked.key, name);

@@ -81,7 +81,7 @@ extern "C" {
 OSStatus AudioObjectGetPropertyDataSize(AudioObjectID object,
                                         const AudioObjectPropertyAddress* address, UInt32,
                                         const void*, UInt32* size) {
-  arrive();
+  arrive("AudioObjectGetPropertyDataSize");
   const AudioFaults& faults = desktop().audioFaults;
   const auto& processes = desktop().world.audio;
   if (faults.sizeStatus) return *faults.sizeStatus;
@@ -97,7 +97,7 @@ OSStatus AudioObjectGetPropertyDataSize(AudioObjectID object,
 
 OSStatus AudioObjectGetPropertyData(AudioObjectID object, const AudioObjectPropertyAddress* address,
                                     UInt32, const void*, UInt32* size, void* data) {
-  arrive();
+  arrive("AudioObjectGetPropertyData");
   if (!global(*address)) return badProperty;
   if (object == kAudioObjectSystemObject &&
       address->mSelector == kAudioHardwarePropertyProcessObjectList) {

@@ -144,6 +144,7 @@ const void* CFDictionaryGetValue(CFDictionaryRef dictionary, const void* key) {
 }
 
 CFUUIDRef CFUUIDCreate(CFAllocatorRef) {
+  if (desktop().identifiersFail) return nullptr;
   return static_cast<CFUUIDRef>(handedOut(made(Uuid{++desktop().identifiersMade})));
 }
 

@@ -56,8 +56,11 @@ void play(const scenario::Scenario& scenario) {
   refreshWorkspace();
 }
 
-void arrive() {
+void arrive(std::string_view function) {
   Desktop& here = desktop();
+  if (const auto delay = here.delays.find(function); delay != here.delays.end()) {
+    advance(delay->second);
+  }
   const double seconds = here.uptime - scenario::startUptime;
   const std::optional<double> next = nextTime(here.schedule);
   if (!next || *next > seconds + endGrace) return;

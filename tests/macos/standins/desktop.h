@@ -9,6 +9,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -70,9 +71,18 @@ struct Desktop {
   // What the setting of any attribute answers, and how long that takes (seconds).
   std::optional<std::int32_t> setCode;
   std::optional<double> setDelay;
+  // Whether elements of applications can be made, and what setting a time-out answers; one that
+  // fails is not set.
+  bool elementsFail = false;
+  std::optional<std::int32_t> timeoutCode;
   AudioFaults audioFaults;
   // Makes the window server's list afresh; null for NULL.
   std::function<Object*()> windowList;
+
+  // Seconds that calls of a function take, by its name; of those that know no time-out.
+  std::map<std::string, double, std::less<>> delays;
+  bool timersFail = false;       // no timer can be made
+  bool identifiersFail = false;  // nor an identifier
 
   // Every accessibility message: "copy app:101/w AXRole", "set app:101 AXEnhancedUserInterface".
   std::vector<std::string> messages;
@@ -96,7 +106,7 @@ void reset();
 void play(const scenario::Scenario& scenario);
 
 // Every call of a framework that asks about the desktop begins here.
-void arrive();
+void arrive(std::string_view function);
 // Lets time pass.
 void advance(double seconds);
 // The workspace notices what came and went, which it does only while the run loop runs.

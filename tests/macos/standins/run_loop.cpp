@@ -32,7 +32,7 @@ void invalidate(Object* timer) {
 void fire(Object* timer) {
   const Timer fired = std::get<Timer>(timer->payload);
   if (fired.due > desktop().uptime) advance(fired.due - desktop().uptime);
-  arrive();
+  arrive("");
   refreshWorkspace();
   fired.callOut(reinterpret_cast<CFRunLoopTimerRef>(timer), fired.context.info);
   invalidate(timer);
@@ -66,6 +66,7 @@ CFRunLoopTimerRef CFRunLoopTimerCreate(CFAllocatorRef, CFAbsoluteTime fireDate,
                                        CFTimeInterval interval, CFOptionFlags, CFIndex,
                                        CFRunLoopTimerCallBack callOut,
                                        CFRunLoopTimerContext* context) {
+  if (desktop().timersFail) return nullptr;
   if (interval != 0) refuse("a timer that repeats was made");
   const double delay =
       std::round((fireDate - CFAbsoluteTimeGetCurrent()) * ticksPerSecond) / ticksPerSecond;

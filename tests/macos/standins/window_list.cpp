@@ -50,7 +50,7 @@ CFArrayRef CGWindowListCopyWindowInfo(CGWindowListOption option, CGWindowID rela
       relativeToWindow != kCGNullWindowID) {
     refuse("another window list was asked for");
   }
-  arrive();
+  arrive("CGWindowListCopyWindowInfo");
   keepInPool(made(Geometry{}));
   const auto& given = desktop().windowList;
   return static_cast<CFArrayRef>(handedOut(given ? given() : worldsList()));

@@ -37,7 +37,7 @@ Object* sharedWorkspace(Object* /*self*/, Selector) {
 }
 
 Object* runningApplications(Object* /*self*/, Selector) {
-  arrive();
+  arrive("runningApplications");
   std::vector<Object*> list;
   for (const platform::Application& application : desktop().applications) {
     list.push_back(made(RunningApplication{application}));
@@ -46,12 +46,12 @@ Object* runningApplications(Object* /*self*/, Selector) {
 }
 
 Object* frontmostApplication(Object* /*self*/, Selector) {
-  arrive();
+  arrive("frontmostApplication");
   return applicationObject(desktop().front);
 }
 
 Object* applicationWithPid(Object* /*self*/, Selector, pid_t pid) {
-  arrive();
+  arrive("runningApplicationWithProcessIdentifier:");
   const auto& applications = desktop().applications;
   const auto found = std::ranges::find(applications, pid, &platform::Application::pid);
   return found == applications.end() || desktop().lookupFails ? nullptr : applicationObject(*found);

@@ -26,7 +26,8 @@ struct NSFastEnumerationState {
 
 #define nil nullptr
 
-__attribute__((objc_root_class)) @interface NSObject
+__attribute__((objc_root_class))
+@interface NSObject
 @end
 
 @interface NSString : NSObject
