@@ -74,6 +74,8 @@ std::int32_t setAttribute(const Element& element, std::string_view name, bool va
       element.reference->element.get(), attribute.get(), value ? kCFBooleanTrue : kCFBooleanFalse));
 }
 
-void expectScan(const Element& /*root*/, double /*deadline*/) {}
+// Each answer comes in a message of its own, which cannot be asked for ahead of its turn.
+void expectScan(const Element& /*root*/, double /*deadline*/, int /*budget*/) {}
+void expectSearch(const Element& /*root*/, double /*deadline*/, int /*budget*/) {}
 
 }  // namespace callmonitor::platform
