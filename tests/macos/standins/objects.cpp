@@ -18,7 +18,7 @@ struct Books {
   long held = 0;
   long living = 0;
   std::deque<std::unique_ptr<Object>> gone;
-  std::vector<std::vector<Object*>> pools;
+  std::vector<std::unique_ptr<std::vector<Object*>>> pools;
 };
 
 Books& books() {
@@ -122,7 +122,7 @@ void keepInPool(Object* object) {
   if (object == nullptr) return;
   if (books().pools.empty()) refuse("an object was left to a pool, and there is none");
   keep(object);
-  books().pools.back().push_back(object);
+  books().pools.back()->push_back(object);
 }
 
 long heldReferences() {
@@ -138,18 +138,16 @@ std::size_t openPools() {
 }
 
 void* openPool() {
-  books().pools.emplace_back();
-  return reinterpret_cast<void*>(books().pools.size());
+  books().pools.push_back(std::make_unique<std::vector<Object*>>());
+  return books().pools.back().get();
 }
 
 void closePool(void* pool) {
   auto& pools = books().pools;
-  if (pools.empty() || reinterpret_cast<void*>(pools.size()) != pool) {
-    refuse("pools were not closed in their order");
-  }
-  const std::vector<Object*> objects = std::move(pools.back());
+  if (pools.empty() || pools.back().get() != pool) refuse("pools were not closed in their order");
+  const auto objects = std::move(pools.back());
   pools.pop_back();
-  for (Object* object : objects) drop(object);
+  for (Object* object : *objects) drop(object);
 }
 
 namespace {
