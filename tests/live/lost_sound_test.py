@@ -25,10 +25,13 @@ class LostSound:
         tab, session = self.openCall()
         mark = self.stream.mark()
         self.killSound()
-        self.assertStatesSince(self.stream, mark, "joined", cycles=3)
-        mark = self.stream.mark()
-        self.desktop.startSound(self.server)
-        self.assertStatesSince(self.stream, mark, "joined", cycles=3)
+        try:
+            self.assertSessionGoesOn(self.stream, session, mark)
+        finally:
+            mark = self.stream.mark()
+            self.desktop.startSound(self.server)
+        self.assertSessionGoesOn(self.stream, session, mark)
+        self.waitForState(self.stream, "joined", mark, sessionId=session)
         # It was heard before the loss, which is enough for its end to be told afterwards.
         mark = self.stream.mark()
         self.browser.closeTab(tab)
@@ -53,7 +56,8 @@ class LostSound:
         self.desktop.signalSound(signal.SIGSTOP, self.server)
         try:
             mark = self.stream.mark()
-            self.assertStatesSince(self.stream, mark, "joined", cycles=3)
+            self.assertSessionGoesOn(self.stream, session, mark)
+            self.waitForState(self.stream, "joined", mark, sessionId=session)
             mark = self.stream.mark()
             self.browser.closeTab(tab)
             self.assertStaysUnknown(session, mark)

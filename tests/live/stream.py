@@ -118,7 +118,7 @@ class Stream:
                                        f"{self._processes.logOf(self._name)[-2000:]}")
                 self._changed.wait(min(left, 1.0))
 
-    def waitForCycles(self, count, since=None):
+    def waitForCycles(self, count, since=None, bound=None):
         """Waits until `count` cycles have ended behind the mark (from now on without one).
 
         The first of them may have begun before the mark, so two are needed to have seen one whole.
@@ -127,7 +127,7 @@ class Stream:
         self.waitFor(f"{count} cycles end", lambda _: len(
             [line for line in self._lines[since:] if isHealth(line.record)]) >= count, since,
             # A cycle starts each second; the slowest takes no more than about two.
-            STEP_BOUND + 2 * count)
+            STEP_BOUND + 2 * count if bound is None else bound)
 
     def stop(self, number=signal.SIGTERM):
         """Ends the monitor and gives its exit status, negative for the signal that ended it."""
