@@ -108,6 +108,10 @@ struct AudioProcess {
 // error here; it shows as not trusted.
 void prepareMonitoring();
 
+// The same for whoever only looks, called in its place: connects to the desktop and changes nothing
+// on it, so that what has to be switched on before it can be read stays as it is.
+void prepareLooking();
+
 // Runs `cycle` once, at once. A platform may keep per-cycle memory (pools, applications that hang)
 // that lives exactly as long as this call.
 void inCycle(const std::function<void()>& cycle);

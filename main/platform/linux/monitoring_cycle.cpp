@@ -10,10 +10,14 @@
 namespace callmonitor::platform {
 
 void prepareMonitoring() {
+  // Looked at by every connection, so that the first one switches on already.
+  desktop().bus.mayEnable = true;
+  prepareLooking();
+}
+
+void prepareLooking() {
   prepareStandardOutput();
-  AccessibilityBus& bus = desktop().bus;
-  bus.mayEnable = true;
-  ensureConnected(bus);
+  ensureConnected(desktop().bus);
   beginHearing(desktop().audio);
 }
 

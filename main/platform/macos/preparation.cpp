@@ -9,4 +9,8 @@ void prepareMonitoring() {
   prepareStandardOutput();
 }
 
+void prepareLooking() {
+  prepareStandardOutput();
+}
+
 }  // namespace callmonitor::platform

@@ -126,6 +126,10 @@ void prepareMonitoring() {
   scripted::begin("prepareMonitoring");
 }
 
+void prepareLooking() {
+  scripted::begin("prepareLooking");
+}
+
 void inCycle(const std::function<void()>& cycle) {
   scripted::begin("cycle begins");
   cycle();

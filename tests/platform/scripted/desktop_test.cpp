@@ -105,6 +105,7 @@ TEST_F(ScriptedDesktop, ListsAreAbsentUntilTheyAreSet) {
 
 TEST_F(ScriptedDesktop, EveryCallIsRecordedInOrder) {
   platform::prepareMonitoring();
+  platform::prepareLooking();
   platform::inCycle([] {
     (void)platform::accessibilityTrusted();
     (void)platform::audioProcesses();
@@ -120,8 +121,8 @@ TEST_F(ScriptedDesktop, EveryCallIsRecordedInOrder) {
   });
   EXPECT_EQ(
       desktop().calls,
-      (Calls{"prepareMonitoring", "cycle begins", "trusted", "audio", "applications",
-             "application 42", "frontmost", "open 42", "set app:42 AXEnhancedUserInterface true",
+      (Calls{"prepareMonitoring", "prepareLooking", "cycle begins", "trusted", "audio",
+             "applications", "application 42", "frontmost", "open 42", "set app:42 AXEnhancedUserInterface true",
              "read app:42 AXWindows", "search app:42", "scan app:42", "windows", "cycle ends"}));
 }
 
