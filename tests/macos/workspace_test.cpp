@@ -38,6 +38,7 @@ std::string told(const std::optional<Application>& application) {
 
 std::vector<std::string> told(const std::vector<Application>& applications) {
   std::vector<std::string> words;
+  words.reserve(applications.size());
   for (const Application& application : applications) words.push_back(told(application));
   return words;
 }

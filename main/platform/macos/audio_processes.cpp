@@ -75,6 +75,7 @@ std::optional<std::vector<AudioProcess>> audioProcesses() {
   const std::optional<std::vector<AudioObjectID>> ids = processObjects();
   if (!ids) return std::nullopt;
   std::vector<AudioProcess> processes;
+  processes.reserve(ids->size());
   for (const AudioObjectID id : *ids) {
     std::optional<std::string> bundle = bundleOf(id);
     if (!bundle) return std::nullopt;

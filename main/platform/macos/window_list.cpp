@@ -1,6 +1,7 @@
 // The window server's list.
 #include <CoreGraphics/CoreGraphics.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <optional>
@@ -36,6 +37,7 @@ std::optional<std::vector<OnScreenWindow>> onScreenWindows() {
   if (!list) return std::nullopt;
   std::vector<OnScreenWindow> windows;
   const CFIndex count = CFArrayGetCount(list.get());
+  windows.reserve(static_cast<std::size_t>(count));
   for (CFIndex i = 0; i < count; ++i) {
     const auto entry =
         typed<CFDictionaryRef>(CFArrayGetValueAtIndex(list.get(), i), CFDictionaryGetTypeID());

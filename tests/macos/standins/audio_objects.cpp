@@ -34,6 +34,7 @@ OSStatus giveList(UInt32* size, void* data) {
   const auto& processes = desktop().world.audio;
   if (!processes) return badProperty;
   std::vector<AudioObjectID> ids;
+  ids.reserve(processes->size());
   for (std::size_t i = 0; i < processes->size(); ++i) {
     ids.push_back(firstProcess + static_cast<AudioObjectID>(i));
   }

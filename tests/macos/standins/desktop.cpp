@@ -99,6 +99,7 @@ Object* objectOf(const scenario::Value& value) {
           return made(ElementHandle{held.name});
         } else if constexpr (std::is_same_v<Held, std::vector<scenario::Reference>>) {
           std::vector<Object*> elements;
+          elements.reserve(held.size());
           for (const auto& reference : held)
             elements.push_back(made(ElementHandle{reference.name}));
           return madeList(elements);

@@ -29,6 +29,7 @@ Object* worldsList() {
   const auto windows = screenOf(desktop().world);
   if (!windows) return nullptr;
   std::vector<Object*> entries;
+  entries.reserve(windows->size());
   for (const platform::OnScreenWindow& window : *windows) entries.push_back(entryOf(window));
   return madeList(entries);
 }

@@ -39,6 +39,7 @@ Object* sharedWorkspace(Object* /*self*/, Selector) {
 Object* runningApplications(Object* /*self*/, Selector) {
   arrive("runningApplications");
   std::vector<Object*> list;
+  list.reserve(desktop().applications.size());
   for (const platform::Application& application : desktop().applications) {
     list.push_back(made(RunningApplication{application}));
   }
