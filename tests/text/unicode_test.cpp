@@ -136,6 +136,7 @@ TEST(Unicode, CutsBetweenUserPerceivedCharacters) {
     EXPECT_EQ(firstCharacters(repeated(row.character, 201), 200), repeated(row.character, 200));
     EXPECT_EQ(firstCharacters(repeated(row.character, 200), 200), repeated(row.character, 200));
     EXPECT_EQ(firstCharacters(repeated(row.character, 3), 200), repeated(row.character, 3));
+    EXPECT_EQ(firstCharacters(repeated(row.character, 3), 4), repeated(row.character, 3));
     EXPECT_EQ(firstCharacters(std::string(row.character) + "b", 1), row.character);
     EXPECT_EQ(firstCharacters(row.character, 0), "");
   }

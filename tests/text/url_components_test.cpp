@@ -23,6 +23,7 @@ TEST(UrlComponents, TakesAnAddressApartAsWritten) {
       {"no path is an empty path",
        "https://host.example",
        {"https", {}, "host.example", {}, "", {}, {}}},
+      {"a root without a host", "scheme:/", {"scheme", {}, {}, {}, "/", {}, {}}},
       {"an empty user part is there", "https://@h/", {"https", "", "h", {}, "/", {}, {}}},
       {"an empty user and password are there",
        "https://:@h/",

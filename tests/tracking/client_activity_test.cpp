@@ -260,6 +260,11 @@ TEST_F(ClientActivity, AWebViewClientIsJudgedByThePageThatSaysMost) {
   EXPECT_EQ(waiting["lobby"], true) << "else the one with a lobby";
   EXPECT_EQ(memory.lobbyRoots.at(9).root, scripted::element("w")) << "the window keeps the key";
 
+  Node cut = lobby;
+  cut.children.push_back(with(node("", "AXGroup"), "AXRole", scripted::codeAnswer(code::failure)));
+  front(9, teamsClient, window("w", "Teams", {cut, plain}));
+  EXPECT_EQ(client()["lobby"], false) << "a page that was not read whole proves no lobby";
+
   Node broken = plain;
   broken.attributes["AXDescription"] = scripted::codeAnswer(code::failure);
   broken.children = {with(node("", "AXGroup"), "AXRole", scripted::codeAnswer(code::failure))};
