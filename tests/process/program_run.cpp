@@ -13,6 +13,9 @@
 #include <csignal>
 #include <string_view>
 
+// Not every system declares its own.
+extern char** environ;
+
 namespace callmonitor::support {
 namespace {
 
@@ -38,6 +41,13 @@ struct Program {
   int errors = -1;
 };
 
+// Two ends that no program inherits unless they are given to it. False when there are none.
+bool openPipe(std::array<int, 2>& ends) {
+  if (pipe(ends.data()) != 0) return false;
+  for (const int end : ends) fcntl(end, F_SETFD, FD_CLOEXEC);
+  return true;
+}
+
 Program start(const std::vector<std::string>& arguments) {
   std::vector<std::string> words{CALL_MONITOR_PATH};
   words.insert(words.end(), arguments.begin(), arguments.end());
@@ -51,8 +61,7 @@ Program start(const std::vector<std::string>& arguments) {
   std::array<int, 2> output{};
   std::array<int, 2> errors{};
   Program program;
-  if (pipe2(output.data(), O_CLOEXEC) != 0) return program;
-  if (pipe2(errors.data(), O_CLOEXEC) != 0) return program;
+  if (!openPipe(output) || !openPipe(errors)) return program;
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_adddup2(&actions, output[1], STDOUT_FILENO);

@@ -119,11 +119,11 @@ TEST_F(ScriptedDesktop, EveryCallIsRecordedInOrder) {
     platform::expectScan(application, 1, 1);
     (void)platform::onScreenWindows();
   });
-  EXPECT_EQ(
-      desktop().calls,
-      (Calls{"prepareMonitoring", "prepareLooking", "cycle begins", "trusted", "audio",
-             "applications", "application 42", "frontmost", "open 42", "set app:42 AXEnhancedUserInterface true",
-             "read app:42 AXWindows", "search app:42", "scan app:42", "windows", "cycle ends"}));
+  EXPECT_EQ(desktop().calls,
+            (Calls{"prepareMonitoring", "prepareLooking", "cycle begins", "trusted", "audio",
+                   "applications", "application 42", "frontmost", "open 42",
+                   "set app:42 AXEnhancedUserInterface true", "read app:42 AXWindows",
+                   "search app:42", "scan app:42", "windows", "cycle ends"}));
 }
 
 TEST_F(ScriptedDesktop, ADesktopCanChangeInTheMiddleOfACycle) {
