@@ -1,6 +1,9 @@
-"""The script that signs for macOS: what it asks of the system's tools, which stand-ins record."""
+"""The packaging for macOS: what signing asks of the system's tools, which stand-ins record."""
 
+import json
 import os
+import plistlib
+import re
 import shutil
 import subprocess
 import tempfile
@@ -20,6 +23,41 @@ for word in "$@"; do line+="|$word"; done
 echo "$line" >>"{calls}"
 {action}
 """
+
+
+def _text(*path):
+    with open(os.path.join(REPOSITORY, *path), encoding="utf-8") as file:
+        return file.read()
+
+
+class Figures(unittest.TestCase):
+    """What several files have to say alike."""
+
+    def setUp(self):
+        self.information = plistlib.loads(_text("packaging", "macos", "Info.plist").encode())
+
+    def test_the_minimum_system_is_one_for_all(self):
+        presets = json.loads(_text("CMakePresets.json"))["configurePresets"]
+        macos = next(preset for preset in presets if preset["name"] == "macos")
+        libraries = re.search(r"(?m)^minimumSystem=(.*)$",
+                              _text("packaging", "macos", "build_libraries.sh"))
+        self.assertEqual(self.information["LSMinimumSystemVersion"], "13.0")
+        self.assertEqual(macos["cacheVariables"]["CMAKE_OSX_DEPLOYMENT_TARGET"], "13.0")
+        self.assertEqual(libraries.group(1), "13.0")
+
+    def test_the_identifier_is_one_that_is_never_taken_for_a_call(self):
+        prefix = re.search(r'ownBundlePrefix = "(.*)"',
+                           _text("main", "identity", "process_audio.cpp")).group(1)
+        self.assertTrue(self.information["CFBundleIdentifier"].startswith(prefix))
+
+    def test_every_preset_finds_the_libraries_of_its_own_architecture(self):
+        presets = {preset["name"]: preset
+                   for preset in json.loads(_text("CMakePresets.json"))["configurePresets"]}
+        for architecture in ("arm64", "x86_64"):
+            preset = presets[f"macos-{architecture}"]
+            self.assertEqual(preset["cacheVariables"]["CMAKE_OSX_ARCHITECTURES"], architecture)
+            self.assertEqual(preset["environment"]["PKG_CONFIG_LIBDIR"],
+                             f"${{sourceDir}}/build/macos-libraries/{architecture}/lib/pkgconfig")
 
 
 class Signing(unittest.TestCase):
