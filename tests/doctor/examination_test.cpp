@@ -184,6 +184,7 @@ TEST_F(Examination, WindowsPastTheLimitAreCountedAndNotLookedAt) {
 
 TEST_F(Examination, AnApplicationThatHangsTakesNoMoreThanItsTime) {
   std::vector<Node> windows;
+  windows.reserve(40);
   for (int i = 0; i < 40; ++i) windows.push_back(window("w" + std::to_string(i), "Document"));
   start(42, zoomClient, windows);
   for (const Node& hung : windows) {

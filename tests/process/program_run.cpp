@@ -14,7 +14,7 @@
 #include <string_view>
 
 // Not every system declares its own.
-extern char** environ;
+extern char** environ;  // NOLINT(readability-redundant-declaration)
 
 namespace callmonitor::support {
 namespace {
