@@ -1,10 +1,8 @@
 #include "platform/scenario/change_lines.h"
 
-#include <charconv>
 #include <limits>
 #include <map>
 #include <string_view>
-#include <system_error>
 #include <utility>
 
 namespace callmonitor::scenario {
@@ -49,15 +47,8 @@ bool readLaunchTime(const Reader& reader, const Word& word, ApplicationDescripti
     into.withoutLaunchTime = true;
     return true;
   }
-  double seconds = 0;
-  const char* const begin = word.text.data();
-  const char* const end = begin + word.text.size();
-  const auto [stop, failure] = std::from_chars(begin, end, seconds);
-  if (failure != std::errc() || stop != end) {
-    return reader.fail("a launch time is absent or in seconds since 1970");
-  }
-  into.launchedAt = seconds;
-  return true;
+  into.launchedAt = decimalNumber(word.text);
+  return into.launchedAt || reader.fail("a launch time is absent or in seconds since 1970");
 }
 
 // `app NAME BUNDLE ...` and `relaunch NAME ...`: what follows the name.

@@ -5,6 +5,7 @@
 #include <cctype>
 #include <charconv>
 #include <cmath>
+#include <cstdlib>
 #include <limits>
 #include <system_error>
 #include <utility>
@@ -200,6 +201,21 @@ bool readElementWords(Reading& reading, const Line& line, std::size_t from, bool
   return true;
 }
 
+// Not every standard library converts characters to fractions, so the C library does. It would also
+// take signs, exponents and words, which is what the digits are asked for beforehand; it takes the
+// point for what it is because the process never sets a locale.
+std::optional<double> decimalNumber(std::string_view text) {
+  if (text.find_first_not_of("0123456789.") != std::string_view::npos) return std::nullopt;
+  const std::string terminated(text);
+  char* end = nullptr;
+  const double number = std::strtod(terminated.c_str(), &end);
+  if (end == terminated.c_str() || end != terminated.c_str() + terminated.size() ||
+      !std::isfinite(number)) {
+    return std::nullopt;
+  }
+  return number;
+}
+
 std::optional<double> duration(std::string_view text) {
   constexpr auto units = std::to_array<std::pair<std::string_view, double>>(
       {{"ms", 0.001}, {"s", 1}, {"m", 60}, {"h", 3600}});
@@ -207,12 +223,9 @@ std::optional<double> duration(std::string_view text) {
   if (digits == std::string_view::npos) return std::nullopt;
   const auto* unit =
       std::ranges::find(units, text.substr(digits), &std::pair<std::string_view, double>::first);
-  double amount = 0;
-  const auto [end, failure] = std::from_chars(text.data(), text.data() + digits, amount);
-  if (unit == units.end() || failure != std::errc() || end != text.data() + digits) {
-    return std::nullopt;
-  }
-  return amount * unit->second;
+  const std::optional<double> amount = decimalNumber(text.substr(0, digits));
+  if (unit == units.end() || !amount) return std::nullopt;
+  return *amount * unit->second;
 }
 
 std::optional<std::int64_t> wholeNumber(std::string_view text) {

@@ -45,6 +45,9 @@ bool readElements(Reading& reading, const std::vector<Line>& lines, const Place&
 bool readElementWords(Reading& reading, const Line& line, std::size_t from, bool named,
                       ElementDescription& element);
 
+// "3", "3.5": digits with at most one point among them. Absent for anything else, and for a number
+// beyond what fits.
+[[nodiscard]] std::optional<double> decimalNumber(std::string_view text);
 // "3.5s", "200ms", "2m", "24h" in seconds. Absent for anything else.
 [[nodiscard]] std::optional<double> duration(std::string_view text);
 // A whole number, or absent.
