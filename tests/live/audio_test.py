@@ -61,7 +61,8 @@ class ListenerCase(unittest.TestCase):
     def assertHeardFromNowOn(self, expected, answers=_SETTLED):
         """Asserts that nothing but this is heard in some answers from now on."""
         self.heard.waitFor(f"{expected} is heard", expected)
-        self.assertEqual(self.heard.waitForAnswers(answers), [expected] * answers)
+        told = self.heard.waitForAnswers(answers)
+        self.assertEqual(told, [expected] * len(told))
 
     def assertNeverHeardOtherwise(self, expected):
         """Asserts that a listener who comes now knows nothing first and then this."""
