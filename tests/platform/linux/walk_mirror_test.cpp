@@ -16,12 +16,14 @@ ObjectName object(const std::string& path) {
 
 std::vector<ObjectName> objects(const std::vector<std::string>& paths) {
   std::vector<ObjectName> all;
+  all.reserve(paths.size());
   for (const std::string& path : paths) all.push_back(object(path));
   return all;
 }
 
 std::vector<std::string> paths(const std::vector<ObjectName>& objects) {
   std::vector<std::string> all;
+  all.reserve(objects.size());
   for (const ObjectName& each : objects) all.push_back(each.path);
   return all;
 }
