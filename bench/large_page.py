@@ -17,10 +17,8 @@ It is five levels deep. 584 elements (37 %) are plain text, 690 (43 %) have chil
 """
 
 import os
-import signal
 import subprocess
 import sys
-import tempfile
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.dirname(os.path.abspath(__file__))),
                                 "tests", "live"))
@@ -30,7 +28,7 @@ from browser import Browser  # noqa: E402
 from meeting_pages import MeetingPages  # noqa: E402
 from page_scanner import BENCH, PageScanner  # noqa: E402
 from private_desktop import PrivateDesktop  # noqa: E402
-from processes import adoptOrphans, endDescendants  # noqa: E402
+from processes import runTidily  # noqa: E402
 from story import LANDING_ADDRESS  # noqa: E402
 from waiting import waitUntil  # noqa: E402
 
@@ -55,10 +53,9 @@ true
 _BOUND = 300
 
 
-def main():
-    """Runs the measurement and gives its exit status."""
-    with tempfile.TemporaryDirectory(prefix="bench-") as directory, PrivateDesktop() as desktop, \
-            MeetingPages(directory) as pages:
+def main(directory):
+    """Runs the measurement and gives its exit status; `directory` is for its temporary files."""
+    with PrivateDesktop() as desktop, MeetingPages(directory) as pages:
         browser = Browser(desktop, pages, LANDING_ADDRESS)
         browser.tab.evaluate(_BUILD)
         tree = AccessibilityTree(desktop)
@@ -72,14 +69,5 @@ def main():
         return result.returncode
 
 
-def _interrupt(*_):
-    raise KeyboardInterrupt
-
-
 if __name__ == "__main__":
-    signal.signal(signal.SIGTERM, _interrupt)
-    adoptOrphans()
-    try:
-        sys.exit(main())
-    finally:
-        endDescendants()
+    runTidily("bench-", main)

@@ -74,12 +74,8 @@ class DesktopCase(MonitorCase):
         return self.waitForState(stream, "joined", mark, callKey=key)
 
 
-class CallCase(DesktopCase):
-    """One desktop with one browser for all tests of a class.
-
-    Each test finds a monitor of its own (`stream`) that can read the desktop, and a tab (`tab`)
-    that stands in the lobby of the call.
-    """
+class BrowserCase(DesktopCase):
+    """One desktop with one browser, at a landing page in its one tab, for all tests of a class."""
 
     @classmethod
     def setUpClass(cls):
@@ -87,6 +83,12 @@ class CallCase(DesktopCase):
         cls.desktop = cls.enterClassContext(PrivateDesktop())
         cls.browser = Browser(cls.desktop, cls.pages, LANDING_ADDRESS)
         cls.tab = cls.browser.tab
+
+
+class CallCase(BrowserCase):
+    """Each test finds a monitor of its own (`stream`) that can read the desktop, and a tab (`tab`)
+    that stands in the lobby of the call.
+    """
 
     def setUp(self):
         self.tab.navigate(CALL_ADDRESS)

@@ -5,8 +5,7 @@ import os
 import signal
 
 from accessibility_tree import AccessibilityTree
-from browser import Browser
-from live_case import DesktopCase
+from live_case import BrowserCase, DesktopCase
 from page_scanner import PageScanner
 from private_desktop import PrivateDesktop
 from story import CALL_ADDRESS, LANDING_ADDRESS
@@ -47,15 +46,8 @@ _EXCLUDED = ("Kept list", "Meeting chat", "Kept table", "Your name", "Notes", "S
 _CANNOT_COMPLETE = "AXRole:-25204"
 
 
-class PageScanCase(DesktopCase):
-    """One desktop with one browser, whose page and whose scanner each test has for itself."""
-
-    @classmethod
-    def setUpClass(cls):
-        super().setUpClass()
-        cls.desktop = cls.enterClassContext(PrivateDesktop())
-        cls.browser = Browser(cls.desktop, cls.pages, LANDING_ADDRESS)
-        cls.tab = cls.browser.tab
+class PageScanCase(BrowserCase):
+    """A browser whose page and whose scanner each test has for itself."""
 
     def setUp(self):
         self.scanner = self.enterContext(PageScanner(self.desktop, self.browser.pid))

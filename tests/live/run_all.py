@@ -9,15 +9,13 @@ of its own, which tells of its tests when all of them have ended.
 
 import os
 import re
-import signal
 import subprocess
 import sys
-import tempfile
 import time
 import unittest
 
 import cost
-from processes import adoptOrphans, endDescendants
+from processes import runTidily
 from stream import PROGRAM
 
 
@@ -168,19 +166,5 @@ def _tellCost():
         print(f"information: the cost could not be measured: {error}")
 
 
-def _interrupt(*_):
-    raise KeyboardInterrupt
-
-
 if __name__ == "__main__":
-    signal.signal(signal.SIGTERM, _interrupt)
-    adoptOrphans()
-    try:
-        with tempfile.TemporaryDirectory(prefix="live-") as base:
-            tempfile.tempdir = base
-            try:
-                sys.exit(main(sys.argv[1:], base))
-            finally:
-                endDescendants()
-    except KeyboardInterrupt:
-        sys.exit(130)
+    runTidily("live-", lambda base: main(sys.argv[1:], base))

@@ -15,14 +15,13 @@ import signal
 import statistics
 import string
 import sys
-import tempfile
 import time
 
 from browser import Browser
 from connections import connectionsOf
 from meeting_pages import MEET_HOST, OTHER_HOST, MeetingPages
 from private_desktop import PrivateDesktop
-from processes import adoptOrphans, endDescendants
+from processes import runTidily
 from stream import Stream, isHealth, isObservation
 
 _PARTS = ("display", "session bus", "accessibility bus", "window manager", "sound")
@@ -236,19 +235,5 @@ def main(arguments):
     return 1 if failures else 0
 
 
-def _interrupt(*_):
-    raise KeyboardInterrupt
-
-
 if __name__ == "__main__":
-    signal.signal(signal.SIGTERM, _interrupt)
-    adoptOrphans()
-    try:
-        with tempfile.TemporaryDirectory(prefix="soak-") as base:
-            tempfile.tempdir = base
-            try:
-                sys.exit(main(sys.argv[1:]))
-            finally:
-                endDescendants()
-    except KeyboardInterrupt:
-        sys.exit(130)
+    runTidily("soak-", lambda _: main(sys.argv[1:]))

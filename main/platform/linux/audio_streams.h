@@ -70,10 +70,8 @@ struct ServersHeard {
 struct ServersBelieved {
   bool pipewire = false;
   bool pulse = false;
+  friend bool operator==(const ServersBelieved&, const ServersBelieved&) = default;
 };
-inline bool operator==(ServersBelieved left, ServersBelieved right) {
-  return left.pipewire == right.pipewire && left.pulse == right.pulse;
-}
 
 // PipeWire runs for screen sharing beside a PulseAudio that has the sound, so that it answers is no
 // proof that it hears.
