@@ -1,8 +1,9 @@
 #include "platform/scenario/loader.h"
 
 #include <array>
+#include <cstdio>
 #include <filesystem>
-#include <fstream>
+#include <memory>
 #include <set>
 #include <utility>
 #include <vector>
@@ -190,15 +191,16 @@ Loaded parseScenario(std::string_view text, const ReadIncluded& readIncluded) {
 
 Loaded loadScenario(const std::string& path) {
   const auto readFile = [](const std::filesystem::path& file) -> std::optional<std::string> {
-    std::ifstream stream(file, std::ios::binary);
+    // Not the streams of C++: to some of them a read that failed, as of a directory, is an end.
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> stream(std::fopen(file.c_str(), "rb"),
+                                                                 std::fclose);
     if (!stream) return std::nullopt;
     std::string text;
-    // Read block by block: a stream reports a failure, such as that of a directory, in its state.
-    for (std::array<char, 4096> block{};
-         stream.read(block.data(), block.size()), stream.gcount() > 0;) {
-      text.append(block.data(), static_cast<std::size_t>(stream.gcount()));
+    std::array<char, 4096> block{};
+    while (const std::size_t count = std::fread(block.data(), 1, block.size(), stream.get())) {
+      text.append(block.data(), count);
     }
-    return stream.bad() ? std::nullopt : std::optional(std::move(text));
+    return std::ferror(stream.get()) != 0 ? std::nullopt : std::optional(std::move(text));
   };
   const auto text = readFile(path);
   if (!text) return {std::nullopt, "the file cannot be read"};
