@@ -10,9 +10,11 @@
 PYTHON=/usr/bin/python3
 
 # What is needed to build the program and its unit tests.
-BUILD_PACKAGES=(g++ clang-19 cmake ninja-build pkg-config libicu-dev liburiparser-dev nlohmann-json3-dev
-  libgtest-dev libbenchmark-dev libre2-dev libsystemd-dev libxcb1-dev
+BUILD_PACKAGES=(g++ clang-19 cmake ninja-build pkg-config libicu-dev liburiparser-dev
+  nlohmann-json3-dev libgtest-dev libbenchmark-dev libpcre2-dev libsystemd-dev libxcb1-dev
   libpipewire-0.3-dev libpulse-dev)
+# What builds it a second time, by another compiler.
+SECOND_BUILD_PACKAGES=(clang-19 libclang-rt-19-dev libc++-19-dev libc++abi-19-dev googletest)
 # What checks the sources.
 LINT_PACKAGES=(clang-format clang-tidy)
 # What a private desktop with a browser consists of. Whoever watches a desktop of their own needs
@@ -22,7 +24,7 @@ DESKTOP_PACKAGES=(xvfb dbus at-spi2-core openbox chromium fonts-dejavu-core open
   pipewire-bin pipewire-pulse wireplumber pulseaudio pulseaudio-utils)
 
 # The same for a Mac, whose compiler is the system's own: what Homebrew calls it.
-BREW_PACKAGES=(cmake ninja pkgconf icu4c uriparser nlohmann-json googletest google-benchmark re2)
+BREW_PACKAGES=(cmake ninja pkgconf icu4c uriparser nlohmann-json googletest google-benchmark pcre2)
 
 # onMac: whether this is a Mac, whose desktop no other machine can bring up.
 onMac() {

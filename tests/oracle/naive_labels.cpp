@@ -1,15 +1,14 @@
 #include "oracle/naive_labels.h"
 
-#include <re2/re2.h>
-
 #include <map>
 
+#include "oracle/expression.h"
 #include "oracle/naive_text.h"
 
 namespace callmonitor::oracle {
 namespace {
 
-const RE2& expression(Rule rule) {
+const Expression& expression(Rule rule) {
   static const std::map<Rule, const char*> texts{
       {Rule::chatContent,
        R"((^|[^a-z])(chat|messages|transcript|transcription|captions|conversation|quoted)([^a-z]|$))"},
@@ -35,8 +34,10 @@ const RE2& expression(Rule rule) {
       {Rule::startVideo, R"(^(start (my |your )?video|turn on (camera|video))$)"},
       {Rule::joinExact, R"(^(join( now| meeting| call)?|ask to join)$)"},
   };
-  static std::map<Rule, RE2> compiled;
-  return compiled.try_emplace(rule, texts.at(rule)).first->second;
+  static std::map<Rule, Expression> compiled;
+  const auto known = compiled.find(rule);
+  if (known != compiled.end()) return known->second;
+  return compiled.emplace(rule, overCharacters(texts.at(rule))).first->second;
 }
 
 bool whiteSpace(char32_t c) {
@@ -101,13 +102,11 @@ std::string normalized(const std::string& label) {
 }
 
 bool found(Rule rule, const std::string& text) {
-  return RE2::PartialMatch(text, expression(rule));
+  return matchesSomewhere(text, expression(rule));
 }
 
 std::string withoutShortcut(const std::string& text) {
-  std::string result = text;
-  RE2::GlobalReplace(&result, expression(Rule::shortcutSuffix), "");
-  return result;
+  return withoutMatch(text, expression(Rule::shortcutSuffix));
 }
 
 bool excludedContent(const std::string& role, const std::string& subrole,

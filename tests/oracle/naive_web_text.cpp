@@ -1,7 +1,6 @@
 #include "oracle/naive_web_text.h"
 
-#include <re2/re2.h>
-
+#include "oracle/expression.h"
 #include "oracle/naive_text.h"
 
 namespace callmonitor::oracle {
@@ -9,43 +8,39 @@ namespace {
 
 const std::string plainOrEscape = "[A-Za-z0-9._~!$&'()*+,;=-]|%[0-9A-Fa-f]{2}";
 
-// An expression over bytes: addresses are ASCII, and what is not must not match.
-bool whole(const std::string& text, const RE2& expression) {
-  return RE2::FullMatch(text, expression);
-}
-
+// The expressions are over bytes: addresses are ASCII, and what is not must not match.
 bool validHost(const std::string& host) {
-  static const RE2 name("(?:" + plainOrEscape + ")*", RE2::Latin1);
-  static const RE2 future(R"(\[[vV][0-9A-Fa-f]+\.[A-Za-z0-9._~!$&'()*+,;=:-]+\])", RE2::Latin1);
+  static const Expression name = overBytes("(?:" + plainOrEscape + ")*");
+  static const Expression future =
+      overBytes(R"(\[[vV][0-9A-Fa-f]+\.[A-Za-z0-9._~!$&'()*+,;=:-]+\])");
   static const std::string h16 = "[0-9A-Fa-f]{1,4}";
   static const std::string byte = "(?:[0-9]|[1-9][0-9]|1[0-9]{2}|2[0-4][0-9]|25[0-5])";
   static const std::string last = "(?:" + h16 + ":" + h16 + "|" + byte + "(?:\\." + byte + "){3})";
-  static const RE2 six("\\[(?:(?:" + h16 + ":){6}" + last + "|::(?:" + h16 + ":){5}" + last +
-                           "|(?:" + h16 + ")?::(?:" + h16 + ":){4}" + last + "|(?:(?:" + h16 +
-                           ":){0,1}" + h16 + ")?::(?:" + h16 + ":){3}" + last + "|(?:(?:" + h16 +
-                           ":){0,2}" + h16 + ")?::(?:" + h16 + ":){2}" + last + "|(?:(?:" + h16 +
-                           ":){0,3}" + h16 + ")?::" + h16 + ":" + last + "|(?:(?:" + h16 +
-                           ":){0,4}" + h16 + ")?::" + last + "|(?:(?:" + h16 + ":){0,5}" + h16 +
-                           ")?::" + h16 + "|(?:(?:" + h16 + ":){0,6}" + h16 + ")?::)\\]",
-                       RE2::Latin1);
-  return whole(host, name) || whole(host, future) || whole(host, six);
+  static const Expression six = overBytes(
+      "\\[(?:(?:" + h16 + ":){6}" + last + "|::(?:" + h16 + ":){5}" + last + "|(?:" + h16 +
+      ")?::(?:" + h16 + ":){4}" + last + "|(?:(?:" + h16 + ":){0,1}" + h16 + ")?::(?:" + h16 +
+      ":){3}" + last + "|(?:(?:" + h16 + ":){0,2}" + h16 + ")?::(?:" + h16 + ":){2}" + last +
+      "|(?:(?:" + h16 + ":){0,3}" + h16 + ")?::" + h16 + ":" + last + "|(?:(?:" + h16 + ":){0,4}" +
+      h16 + ")?::" + last + "|(?:(?:" + h16 + ":){0,5}" + h16 + ")?::" + h16 + "|(?:(?:" + h16 +
+      ":){0,6}" + h16 + ")?::)\\]");
+  return matchesWhole(host, name) || matchesWhole(host, future) || matchesWhole(host, six);
 }
 
 // Parts the authority at its "@" and its last ":"; false when a part is not what it may be.
 bool readAuthority(std::string authority, Address& address) {
-  static const RE2 user("(?:" + plainOrEscape + "|:)*", RE2::Latin1);
-  static const RE2 digits("[0-9]*", RE2::Latin1);
+  static const Expression user = overBytes("(?:" + plainOrEscape + "|:)*");
+  static const Expression digits = overBytes("[0-9]*");
   if (const std::size_t at = authority.find('@'); at != std::string::npos) {
     address.user = authority.substr(0, at);
     authority = authority.substr(at + 1);
-    if (!whole(*address.user, user)) return false;
+    if (!matchesWhole(*address.user, user)) return false;
   }
   const std::size_t colon = authority.rfind(':');
   const std::size_t bracket = authority.rfind(']');
   if (colon != std::string::npos && (bracket == std::string::npos || colon > bracket)) {
     address.port = authority.substr(colon + 1);
     authority = authority.substr(0, colon);
-    if (!whole(*address.port, digits)) return false;
+    if (!matchesWhole(*address.port, digits)) return false;
   }
   address.host = authority;
   return validHost(authority);
@@ -67,20 +62,20 @@ struct Json {
   void skipSpace() { rest.erase(0, rest.find_first_not_of(" \t\r\n")); }
 
   bool escape(std::vector<char32_t>& text) {
-    static const RE2 unit("u([0-9A-Fa-f]{4})", RE2::Latin1);
-    static const RE2 low("\\\\u([dD][c-fC-F][0-9A-Fa-f]{2})", RE2::Latin1);
-    std::string hex;
-    re2::StringPiece input(rest);
-    if (RE2::Consume(&input, unit, &hex)) {
-      char32_t point = static_cast<char32_t>(std::stoul(hex, nullptr, 16));
+    static const Expression unit = overBytes("u([0-9A-Fa-f]{4})");
+    static const Expression low = overBytes("\\\\u([dD][c-fC-F][0-9A-Fa-f]{2})");
+    if (const auto first = matchAtFront(rest, unit)) {
+      char32_t point = static_cast<char32_t>(std::stoul((*first)[1], nullptr, 16));
       if (point >= 0xDC00 && point <= 0xDFFF) return false;
+      rest.erase(0, first->front().size());
       if (point >= 0xD800 && point <= 0xDBFF) {
-        if (!RE2::Consume(&input, low, &hex)) return false;
+        const auto second = matchAtFront(rest, low);
+        if (!second) return false;
+        rest.erase(0, second->front().size());
         point = 0x10000 + ((point - 0xD800) << 10) +
-                (static_cast<char32_t>(std::stoul(hex, nullptr, 16)) - 0xDC00);
+                (static_cast<char32_t>(std::stoul((*second)[1], nullptr, 16)) - 0xDC00);
       }
       text.push_back(point);
-      rest = std::string(input);
       return true;
     }
     const std::string codes = "\"\\/bfnrt";
@@ -144,14 +139,14 @@ struct Json {
   }
 
   bool value(int depth) {
-    static const RE2 plain(
-        R"(true|false|null|-?(?:0|[1-9][0-9]*)(?:\.[0-9]+)?(?:[eE][+-]?[0-9]+)?)", RE2::Latin1);
+    static const Expression plain =
+        overBytes(R"(true|false|null|-?(?:0|[1-9][0-9]*)(?:\.[0-9]+)?(?:[eE][+-]?[0-9]+)?)");
     if (!rest.empty() && rest.front() == '"') return text().has_value();
     if (take('{')) return members(depth);
     if (take('[')) return items(depth);
-    re2::StringPiece input(rest);
-    if (!RE2::Consume(&input, plain)) return false;
-    rest = std::string(input);
+    const auto taken = matchAtFront(rest, plain);
+    if (!taken) return false;
+    rest.erase(0, taken->front().size());
     return true;
   }
 };
@@ -168,9 +163,9 @@ std::optional<std::string> cutOff(std::string& text, char at) {
 }  // namespace
 
 std::optional<Address> addressOf(const std::string& raw) {
-  static const RE2 scheme("[A-Za-z][A-Za-z0-9+.-]*", RE2::Latin1);
-  static const RE2 path("(?:" + plainOrEscape + "|[:@/])*", RE2::Latin1);
-  static const RE2 tail("(?:" + plainOrEscape + "|[:@/?])*", RE2::Latin1);
+  static const Expression scheme = overBytes("[A-Za-z][A-Za-z0-9+.-]*");
+  static const Expression path = overBytes("(?:" + plainOrEscape + "|[:@/])*");
+  static const Expression tail = overBytes("(?:" + plainOrEscape + "|[:@/?])*");
   std::optional<std::string> authority;
   Address address;
   std::string rest = raw;
@@ -185,11 +180,11 @@ std::optional<Address> addressOf(const std::string& raw) {
     rest = rest.substr(2 + authority->size());
   }
   address.path = rest;
-  if (address.scheme && !whole(*address.scheme, scheme)) return std::nullopt;
+  if (address.scheme && !matchesWhole(*address.scheme, scheme)) return std::nullopt;
   if (authority && !readAuthority(*authority, address)) return std::nullopt;
-  if (!whole(address.path, path)) return std::nullopt;
-  if (address.query && !whole(*address.query, tail)) return std::nullopt;
-  if (address.fragment && !whole(*address.fragment, tail)) return std::nullopt;
+  if (!matchesWhole(address.path, path)) return std::nullopt;
+  if (address.query && !matchesWhole(*address.query, tail)) return std::nullopt;
+  if (address.fragment && !matchesWhole(*address.fragment, tail)) return std::nullopt;
   // Without a scheme a colon in the first segment would make one of what stands before it.
   const std::string first = address.path.substr(0, address.path.find('/'));
   if (!address.scheme && !authority && first.find(':') != std::string::npos) return std::nullopt;
@@ -215,9 +210,9 @@ std::optional<std::string> unescaped(const std::string& text) {
 
 std::optional<std::string> bytesOfBase64(const std::string& text) {
   const std::string alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-  static const RE2 shape("(?:[A-Za-z0-9+/]{4})*(?:[A-Za-z0-9+/]{2}==|[A-Za-z0-9+/]{3}=)?",
-                         RE2::Latin1);
-  if (!whole(text, shape)) return std::nullopt;
+  static const Expression shape =
+      overBytes("(?:[A-Za-z0-9+/]{4})*(?:[A-Za-z0-9+/]{2}==|[A-Za-z0-9+/]{3}=)?");
+  if (!matchesWhole(text, shape)) return std::nullopt;
   std::string bits;
   for (const char c : text.substr(0, text.find('='))) {
     for (std::size_t bit = 32; bit > 0; bit /= 2) {
