@@ -1,4 +1,4 @@
-// What goes wrong with trust, window list, sound and workspace changes what is told as it should,
+// What goes wrong with trust, window list and workspace changes what is told as it should,
 // ends nothing, leaves nothing behind, and is over when it is over.
 #include <CoreGraphics/CoreGraphics.h>
 #include <gtest/gtest.h>
@@ -14,18 +14,6 @@ namespace callmonitor::macos {
 namespace {
 
 using platform::Application;
-using standins::AudioFaults;
-
-// An application that counts only for its sound.
-constexpr const char* genericCall = R"(
-app calls org.example.Calls
-  window w "Standup"
-    button description="Leave call"
-    button description="Turn off microphone"
-    button description="Turn off camera"
-audio org.example.Calls in out
-end 1h
-)";
 
 struct DesktopFaults : FaultEffects {};
 
@@ -136,69 +124,6 @@ TEST_F(DesktopFaults, AWindowListThatIsNotWhatItShouldBeCostsTheNumberOnly) {
     expectEffect(
         meetCall, {joined}, row.sentence, [&] { desktop().windowList = row.list; },
         [] { desktop().windowList = {}; }, {row.calls});
-  }
-}
-
-TEST_F(DesktopFaults, SoundThatCannotBeReadWhollyIsNotKnown) {
-  struct Row {
-    const char* sentence;
-    std::function<void()> begin;
-    const char* calls;
-  };
-  AudioFaults& faults = desktop().audioFaults;
-  constexpr OSStatus failure = -1;
-  const auto text = [] { return standins::madeText("org.example.Calls"); };
-  for (const Row& row : std::vector<Row>{
-           {"the size fails", [&] { faults.sizeStatus = failure; }, unknown},
-           {"a size of nothing", [&] { faults.size = 0; }, unknown},
-           {"a size of an id and a half", [&] { faults.size = 6; }, unknown},
-           {"a size over the limit", [&] { faults.size = 16388; }, unknown},
-           {"a size of exactly the limit", [&] { faults.size = 16384; }, joined},
-           {"the list fails", [&] { faults.listStatus = failure; }, unknown},
-           {"half an id is returned", [&] { faults.listReturned = 2; }, unknown},
-           {"no id is returned", [&] { faults.listReturned = 0; }, unknown},
-           {"more is returned than was asked for", [&] { faults.listReturned = 400; }, joined},
-           {"the bundle identifier fails", [&] { faults.bundleStatus = failure; }, unknown},
-           {"the bundle identifier fails beside a value",
-            [&] {
-              faults.bundleStatus = failure;
-              faults.bundle = text;
-            },
-            unknown},
-           {"the bundle identifier is NULL", [&] { faults.bundle = [] { return nullptr; }; },
-            unknown},
-           {"the bundle identifier is a number",
-            [&] { faults.bundle = [] { return standins::madeNumber(1); }; }, unknown},
-           {"input fails", [&] { faults.inputStatus = failure; }, unknown},
-           {"input of half the size", [&] { faults.inputReturned = 2; }, unknown},
-           {"input of twice the size", [&] { faults.inputReturned = 8; }, unknown},
-           {"input of any number but zero", [&] { faults.inputValue = 0x80000000; }, joined},
-           {"no input", [&] { faults.inputValue = 0; }, unknown},
-           {"output fails", [&] { faults.outputStatus = failure; }, unknown},
-           {"output of half the size", [&] { faults.outputReturned = 2; }, unknown},
-           {"output of any number but zero", [&] { faults.outputValue = 2; }, joined},
-           {"no output", [&] { faults.outputValue = 0; }, unknown},
-           {"system 14.1", [] { desktop().minorVersion = 1; }, unknown},
-           {"system 13.6",
-            [] {
-              desktop().majorVersion = 13;
-              desktop().minorVersion = 6;
-            },
-            unknown},
-           {"system 15.0",
-            [] {
-              desktop().majorVersion = 15;
-              desktop().minorVersion = 0;
-            },
-            joined},
-       }) {
-    expectEffect(genericCall, {joined, "no-front-provider"}, row.sentence, row.begin,
-                 [&] {
-                   faults = {};
-                   desktop().majorVersion = 14;
-                   desktop().minorVersion = 2;
-                 },
-                 {row.calls, "no-front-provider"});
   }
 }
 

@@ -10,24 +10,7 @@
 namespace callmonitor::macos {
 namespace {
 
-struct Lists : SteppedDesktop {
-  // The processes in words, "absent" where there is no list.
-  static std::vector<std::string> sounds() {
-    std::vector<std::string> words;
-    platform::inCycle([&] {
-      const auto processes = platform::audioProcesses();
-      if (!processes) words.emplace_back("absent");
-      for (const auto& process : processes.value_or(std::vector<platform::AudioProcess>())) {
-        words.push_back(process.bundle + (process.input ? " in" : "") +
-                        (process.output ? " out" : ""));
-      }
-    });
-    EXPECT_EQ(standins::heldReferences(), 0);
-    return words;
-  }
-};
-
-using Words = std::vector<std::string>;
+struct Lists : SteppedDesktop {};
 
 TEST_F(Lists, EveryProcessIsListedInItsOrder) {
   play("audio org.a.a in\naudio org.b.b out\naudio org.c.c in out\naudio org.d.d\nend 1s\n");

@@ -12,7 +12,6 @@ namespace callmonitor::macos {
 namespace {
 
 using platform::Element;
-using Words = std::vector<std::string>;
 
 struct ScanMessages : SteppedDesktop {
   ScanMessages() { pool = standins::openPool(); }

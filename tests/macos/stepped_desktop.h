@@ -30,6 +30,24 @@ inline scenario::Scenario written(const std::string& text) {
   return loaded.scenario.value_or(scenario::Scenario());
 }
 
+using Words = std::vector<std::string>;
+
+// The sound system's processes in words, "absent" where there is no list.
+inline Words sounds() {
+  Words words;
+  const long held = standins::heldReferences();
+  platform::inCycle([&] {
+    const auto processes = platform::audioProcesses();
+    if (!processes) words.emplace_back("absent");
+    for (const auto& process : processes.value_or(std::vector<platform::AudioProcess>())) {
+      words.push_back(process.bundle + (process.input ? " in" : "") +
+                      (process.output ? " out" : ""));
+    }
+  });
+  EXPECT_EQ(standins::heldReferences(), held);
+  return words;
+}
+
 // A desktop per test, which leaves nothing behind.
 struct SteppedDesktop : testing::Test {
   std::optional<ProcessState> state{std::in_place};

@@ -16,6 +16,17 @@ constexpr OSStatus badProperty = 0x77686F3F;  // 'who?'
 constexpr OSStatus badSize = 0x2173697A;      // '!siz'
 constexpr AudioObjectID firstProcess = 70;
 
+// Properties, which systems and their headers know from different versions on.
+constexpr AudioObjectPropertySelector processList = 0x70727323;      // 'prs#'
+constexpr AudioObjectPropertySelector processBundle = 0x70626964;    // 'pbid'
+constexpr AudioObjectPropertySelector processCaptures = 0x70697269;  // 'piri'
+constexpr AudioObjectPropertySelector processPlays = 0x7069726F;     // 'piro'
+
+// None of these properties has a qualifier.
+void requireNoQualifier(UInt32 size, const void* qualifier) {
+  if (size != 0 || qualifier != nullptr) refuse("a property was asked for with a qualifier");
+}
+
 bool global(const AudioObjectPropertyAddress& address) {
   return address.mScope == kAudioObjectPropertyScopeGlobal &&
          address.mElement == kAudioObjectPropertyElementMain;
@@ -48,8 +59,8 @@ OSStatus giveBundle(const platform::AudioProcess& process, const AudioFaults& fa
   if (*size < sizeof(CFTypeRef)) return badSize;
   Object* bundle = faults.bundle ? faults.bundle() : madeText(process.bundle);
   const void* reference = handedOut(bundle);
-  const OSStatus status =
-      give(static_cast<const void*>(&reference), sizeof reference, size, data, {});
+  const OSStatus status = give(static_cast<const void*>(&reference), sizeof reference, size, data,
+                               faults.bundleReturned);
   return faults.bundleStatus.value_or(status);
 }
 
@@ -58,13 +69,13 @@ OSStatus giveProcess(std::size_t place, AudioObjectPropertySelector selector, UI
   const platform::AudioProcess& process = desktop().world.audio->at(place);
   const AudioFaults& all = desktop().audioFaults;
   const AudioFaults faults = all.onlyProcess.value_or(place) == place ? all : AudioFaults{};
-  if (selector == kAudioProcessPropertyBundleID) return giveBundle(process, faults, size, data);
-  if (selector == kAudioProcessPropertyIsRunningInput) {
+  if (selector == processBundle) return giveBundle(process, faults, size, data);
+  if (selector == processCaptures) {
     const UInt32 value = faults.inputValue.value_or(process.input ? 1 : 0);
     const OSStatus status = give(&value, sizeof value, size, data, faults.inputReturned);
     return faults.inputStatus.value_or(status);
   }
-  if (selector == kAudioProcessPropertyIsRunningOutput) {
+  if (selector == processPlays) {
     const UInt32 value = faults.outputValue.value_or(process.output ? 1 : 0);
     const OSStatus status = give(&value, sizeof value, size, data, faults.outputReturned);
     return faults.outputStatus.value_or(status);
@@ -80,14 +91,15 @@ using namespace callmonitor::standins;
 extern "C" {
 
 OSStatus AudioObjectGetPropertyDataSize(AudioObjectID object,
-                                        const AudioObjectPropertyAddress* address, UInt32,
-                                        const void*, UInt32* size) {
+                                        const AudioObjectPropertyAddress* address,
+                                        UInt32 qualifierSize, const void* qualifier, UInt32* size) {
+  requireNoQualifier(qualifierSize, qualifier);
   arrive("AudioObjectGetPropertyDataSize");
   const AudioFaults& faults = desktop().audioFaults;
   const auto& processes = desktop().world.audio;
   if (faults.sizeStatus) return *faults.sizeStatus;
   if (object != kAudioObjectSystemObject || !global(*address) ||
-      address->mSelector != kAudioHardwarePropertyProcessObjectList || !processes) {
+      address->mSelector != processList || !processes) {
     return badProperty;
   }
   // Where the world's list is known and empty, the last process ended after this question.
@@ -97,11 +109,12 @@ OSStatus AudioObjectGetPropertyDataSize(AudioObjectID object,
 }
 
 OSStatus AudioObjectGetPropertyData(AudioObjectID object, const AudioObjectPropertyAddress* address,
-                                    UInt32, const void*, UInt32* size, void* data) {
+                                    UInt32 qualifierSize, const void* qualifier, UInt32* size,
+                                    void* data) {
+  requireNoQualifier(qualifierSize, qualifier);
   arrive("AudioObjectGetPropertyData");
   if (!global(*address)) return badProperty;
-  if (object == kAudioObjectSystemObject &&
-      address->mSelector == kAudioHardwarePropertyProcessObjectList) {
+  if (object == kAudioObjectSystemObject && address->mSelector == processList) {
     return giveList(size, data);
   }
   const auto& processes = desktop().world.audio;

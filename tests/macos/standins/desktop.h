@@ -40,6 +40,7 @@ struct AudioFaults {
   std::optional<OSStatus> bundleStatus;
   // Makes the bundle identifier afresh, beside whatever status; null for NULL.
   std::function<Object*()> bundle;
+  std::optional<UInt32> bundleReturned;
   std::optional<OSStatus> inputStatus;
   std::optional<UInt32> inputReturned;
   std::optional<UInt32> inputValue;
