@@ -24,6 +24,20 @@ constexpr long firstMinorVersion = 2;
 constexpr UInt32 listSizeLimit = 16384;
 constexpr UInt32 idSize = sizeof(AudioObjectID);
 
+// A property's code is the four characters of its name.
+constexpr AudioObjectPropertySelector coded(const char (&name)[5]) {
+  AudioObjectPropertySelector code = 0;
+  for (int i = 0; i < 4; ++i) code = code << 8U | static_cast<unsigned char>(name[i]);
+  return code;
+}
+
+// Named here rather than by the system's headers: those of an older kit do not have them, and those
+// of a newer one mark them as newer than the oldest system that the program runs on.
+constexpr AudioObjectPropertySelector processList = coded("prs#");
+constexpr AudioObjectPropertySelector processBundle = coded("pbid");
+constexpr AudioObjectPropertySelector processCaptures = coded("piri");
+constexpr AudioObjectPropertySelector processPlays = coded("piro");
+
 AudioObjectPropertyAddress globalProperty(AudioObjectPropertySelector selector) {
   return {selector, kAudioObjectPropertyScopeGlobal, kAudioObjectPropertyElementMain};
 }
@@ -37,7 +51,7 @@ std::optional<UInt32> readInto(void* data, UInt32 size, AudioObjectID object,
 }
 
 std::optional<std::vector<AudioObjectID>> processObjects() {
-  const auto address = globalProperty(kAudioHardwarePropertyProcessObjectList);
+  const auto address = globalProperty(processList);
   UInt32 size = 0;
   if (AudioObjectGetPropertyDataSize(kAudioObjectSystemObject, &address, 0, nullptr, &size) !=
           noError ||
@@ -46,7 +60,7 @@ std::optional<std::vector<AudioObjectID>> processObjects() {
   }
   std::vector<AudioObjectID> ids(size / idSize);
   const std::optional<UInt32> returned =
-      readInto(ids.data(), size, kAudioObjectSystemObject, kAudioHardwarePropertyProcessObjectList);
+      readInto(ids.data(), size, kAudioObjectSystemObject, processList);
   if (!returned || *returned % idSize != 0) return std::nullopt;
   // Processes may have ended since the size was asked.
   ids.resize(std::min<std::size_t>(ids.size(), *returned / idSize));
@@ -55,7 +69,7 @@ std::optional<std::vector<AudioObjectID>> processObjects() {
 
 std::optional<std::string> bundleOf(AudioObjectID process) {
   Owned<CFStringRef> bundle;
-  if (!readInto(bundle.slot(), sizeof(CFStringRef), process, kAudioProcessPropertyBundleID)) {
+  if (!readInto(bundle.slot(), sizeof(CFStringRef), process, processBundle)) {
     return std::nullopt;
   }
   return textOf(bundle.get());
@@ -79,9 +93,9 @@ std::optional<std::vector<AudioProcess>> audioProcesses() {
   for (const AudioObjectID id : *ids) {
     std::optional<std::string> bundle = bundleOf(id);
     if (!bundle) return std::nullopt;
-    const std::optional<bool> input = runs(id, kAudioProcessPropertyIsRunningInput);
+    const std::optional<bool> input = runs(id, processCaptures);
     if (!input) return std::nullopt;
-    const std::optional<bool> output = runs(id, kAudioProcessPropertyIsRunningOutput);
+    const std::optional<bool> output = runs(id, processPlays);
     if (!output) return std::nullopt;
     processes.push_back({*std::move(bundle), *input, *output});
   }

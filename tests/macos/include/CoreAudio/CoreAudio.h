@@ -20,12 +20,6 @@ struct AudioObjectPropertyAddress {
 enum : AudioObjectID { kAudioObjectSystemObject = 1 };
 enum : AudioObjectPropertyScope { kAudioObjectPropertyScopeGlobal = 0x676C6F62 };  // 'glob'
 enum : AudioObjectPropertyElement { kAudioObjectPropertyElementMain = 0 };
-enum : AudioObjectPropertySelector {
-  kAudioHardwarePropertyProcessObjectList = 0x70727323,  // 'prs#'
-  kAudioProcessPropertyBundleID = 0x70626964,            // 'pbid'
-  kAudioProcessPropertyIsRunningInput = 0x70697269,      // 'piri'
-  kAudioProcessPropertyIsRunningOutput = 0x7069726F,     // 'piro'
-};
 
 OSStatus AudioObjectGetPropertyDataSize(AudioObjectID object,
                                         const AudioObjectPropertyAddress* address,
