@@ -70,7 +70,7 @@ TEST(Endurance, TenThousandCyclesLeaveNothingBehind) {
       double next = standins::desktop().uptime + 6 * minute;
       desktop().afterTimer = [&] {
         ++cycles;
-        expectBalance(state);
+        expectBalance(state, 1);
         if (desktop().uptime < next) return;
         next += 6 * minute;  // always at the same point of a minute
         readings.push_back({standins::heldReferences(), standins::livingObjects()});

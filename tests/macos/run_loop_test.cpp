@@ -1,6 +1,8 @@
 // Timers on the main run loop, clocks and identifiers.
 #include <gtest/gtest.h>
+#include <signal.h>
 
+#include <functional>
 #include <memory>
 #include <regex>
 #include <set>
@@ -56,6 +58,42 @@ TEST_F(RunLoopTest, AnActionGoesWithItsTimer) {
   EXPECT_EQ(standins::livingObjects(), 0);
 }
 
+TEST_F(RunLoopTest, WhatTheSystemLeavesBehindBetweenActionsGoesAtOnce) {
+  std::vector<long> left;
+  const std::function<void()> action = [&] {
+    EXPECT_EQ(standins::openPools(), 1U);
+    left.push_back(standins::livingObjects());
+    if (left.size() < 10) platform::afterDelay(1, action);
+  };
+  platform::afterDelay(1, action);
+  platform::runLoop();
+  EXPECT_EQ(left, std::vector<long>(10, 1)) << "the timer that is running, and nothing else";
+  EXPECT_EQ(standins::livingObjects(), 0);
+  EXPECT_EQ(standins::openPools(), 0U);
+}
+
+TEST_F(RunLoopTest, SomebodyElsesStopDoesNotEndTheLoop) {
+  int times = 0;
+  platform::afterDelay(1, [&] {
+    ++times;
+    desktop().stops = 3;
+    platform::afterDelay(1, [&] { ++times; });
+  });
+  desktop().stops = 2;
+  platform::runLoop();
+  EXPECT_EQ(times, 2);
+}
+
+TEST_F(RunLoopTest, ALongTimeWithoutATimerDoesNotEndTheLoop) {
+  constexpr double day = 86400;
+  desktop().runUntil = desktop().uptime + 2 * day;
+  const double start = platform::systemUptime();
+  double at = 0;
+  platform::afterDelay(day, [&] { at = platform::systemUptime(); });
+  platform::runLoop();
+  EXPECT_NEAR(at - start, day, 1e-6);
+}
+
 TEST_F(RunLoopTest, TheWallClockCountsFrom1970) {
   EXPECT_NEAR(platform::wallClock(), 1.75e9, 1e-6);
   standins::advance(2.5);
@@ -74,19 +112,28 @@ TEST_F(RunLoopTest, IdentifiersAreUpperCaseAndDifferent) {
   EXPECT_EQ(standins::livingObjects(), 0);
 }
 
-TEST_F(RunLoopTest, AMonitorThatCouldNotGoOnDoesNotPretendTo) {
-  EXPECT_DEATH(
+TEST_F(RunLoopTest, AMonitorThatCouldNotGoOnEndsWithAWordOfIt) {
+  // A process that ends in any other way than this says something else last, or nothing.
+  const char* noTimer = "^call-monitor: the run loop cannot set a timer\n$";
+  const char* noIdentifier = "^call-monitor: the system gives no identifier\n$";
+  EXPECT_EXIT(
       {
         desktop().timersFail = true;
         platform::afterDelay(1, [] {});
       },
-      "cannot set a timer");
-  EXPECT_DEATH(
+      testing::KilledBySignal(SIGABRT), noTimer);
+  EXPECT_EXIT(
       {
         desktop().identifiersFail = true;
         (void)platform::randomUUID();
       },
-      "");
+      testing::KilledBySignal(SIGABRT), noIdentifier);
+  EXPECT_EXIT(
+      {
+        desktop().identifierTextsFail = true;
+        (void)platform::randomUUID();
+      },
+      testing::KilledBySignal(SIGABRT), noIdentifier);
 }
 
 }  // namespace

@@ -72,7 +72,7 @@ struct SteppedDesktop : testing::Test {
     state->gates = {};
     std::vector<Json> records = support::recordsWrittenBy(
         [this] { platform::inCycle([this] { (void)report(state->cycleState()); }); });
-    expectBalance(*state);
+    expectBalance(*state, 0);
     standins::advance(1);
     return records;
   }

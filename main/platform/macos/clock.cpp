@@ -1,6 +1,7 @@
 // Wall clock and random identifiers. The uptime is the process information's.
 #include <CoreFoundation/CoreFoundation.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <optional>
 #include <string>
@@ -22,8 +23,11 @@ std::string randomUUID() {
       uuid ? Owned<CFStringRef>::taken(CFUUIDCreateString(kCFAllocatorDefault, uuid.get()))
            : Owned<CFStringRef>();
   const std::optional<std::string> text = textOf(string.get());
-  // Identifiers that repeat would merge calls.
-  if (!text) std::abort();
+  if (!text) {
+    // Identifiers that repeat would merge calls.
+    std::fputs("call-monitor: the system gives no identifier\n", stderr);
+    std::abort();
+  }
   return *text;
 }
 

@@ -9,12 +9,17 @@
 #include <utility>
 
 #include "platform/macos/owned.h"
+#include "platform/macos/workspace.h"
 #include "platform/platform.h"
 
 namespace callmonitor::platform {
 namespace {
 
 using Action = std::function<void()>;
+
+// A pass of the run loop ends with the first message that it handles. Timers do not end it, so it
+// takes no longer than this many seconds in any case, and what they left behind goes then.
+constexpr CFTimeInterval longestPass = 60;
 
 void fire(CFRunLoopTimerRef /*timer*/, void* info) {
   (*static_cast<const Action*>(info))();
@@ -42,9 +47,20 @@ void afterDelay(double seconds, std::function<void()> action) {
   CFRunLoopAddTimer(CFRunLoopGetMain(), timer.get(), kCFRunLoopDefaultMode);
 }
 
+// Between cycles the system calls its own functions back, as when it tells the workspace of an
+// application that comes or goes. A program without an application object has no pool for what
+// those leave, unless it makes one.
 void runLoop() {
-  // Returns when no timer is left.
-  CFRunLoopRun();
+  CFRunLoopRunResult result = kCFRunLoopRunFinished;
+  do {
+    inPool([&] {
+      result = CFRunLoopRunInMode(kCFRunLoopDefaultMode, longestPass,
+                                  /*returnAfterSourceHandled=*/1);
+    });
+    // Neither the end of a pass nor somebody else's stop ends the monitor. The loop is finished
+    // when it has neither timer nor source; once the workspace was asked, its source is always
+    // there.
+  } while (result != kCFRunLoopRunFinished);
 }
 
 }  // namespace callmonitor::platform

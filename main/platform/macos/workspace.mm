@@ -35,11 +35,15 @@ std::optional<Application> applicationOf(NSRunningApplication* running) {
 
 }  // namespace
 
-void inCycle(const std::function<void()>& cycle) {
+void inPool(const std::function<void()>& action) {
   // Without it all that the frameworks leave to a pool would stay until the process ends.
   @autoreleasepool {
-    cycle();
+    action();
   }
+}
+
+void inCycle(const std::function<void()>& cycle) {
+  inPool(cycle);
 }
 
 std::vector<Application> runningApplications() {

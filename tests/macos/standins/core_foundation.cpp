@@ -22,6 +22,11 @@ void requireUtf8(CFStringEncoding encoding) {
   if (encoding != kCFStringEncodingUTF8) refuse("an encoding other than UTF-8 was asked for");
 }
 
+// An external form begins with a byte order mark.
+void requireInternal(Boolean isExternalRepresentation) {
+  if (isExternalRepresentation != 0) refuse("a text in its external form is not modelled");
+}
+
 }  // namespace
 }  // namespace callmonitor::standins
 
@@ -57,9 +62,11 @@ CFIndex CFStringGetLength(CFStringRef string) {
   return static_cast<CFIndex>(usedAs<Text>(string).units.size());
 }
 
-CFStringRef CFStringCreateWithBytes(CFAllocatorRef, const UInt8* bytes, CFIndex count,
-                                    CFStringEncoding encoding, Boolean) {
+CFStringRef CFStringCreateWithBytes(CFAllocatorRef allocator, const UInt8* bytes, CFIndex count,
+                                    CFStringEncoding encoding, Boolean isExternalRepresentation) {
+  requireDefault(allocator);
   requireUtf8(encoding);
+  requireInternal(isExternalRepresentation);
   const std::string_view text(reinterpret_cast<const char*>(bytes),
                               static_cast<std::size_t>(count));
   const auto units = utf16Of(text);
@@ -69,9 +76,10 @@ CFStringRef CFStringCreateWithBytes(CFAllocatorRef, const UInt8* bytes, CFIndex 
 
 // Stops before a character that does not fit, and before one that has no UTF-8 form.
 CFIndex CFStringGetBytes(CFStringRef string, CFRange range, CFStringEncoding encoding,
-                         UInt8 lossByte, Boolean, UInt8* buffer, CFIndex bufferSize,
-                         CFIndex* usedSize) {
+                         UInt8 lossByte, Boolean isExternalRepresentation, UInt8* buffer,
+                         CFIndex bufferSize, CFIndex* usedSize) {
   requireUtf8(encoding);
+  requireInternal(isExternalRepresentation);
   if (lossByte != 0) refuse("a byte in place of what cannot be converted is not modelled");
   const std::u16string& units = usedAs<Text>(string).units;
   if (range.location < 0 || range.length < 0 ||
@@ -143,15 +151,19 @@ const void* CFDictionaryGetValue(CFDictionaryRef dictionary, const void* key) {
   return found == entries.end() ? nullptr : found->second;
 }
 
-CFUUIDRef CFUUIDCreate(CFAllocatorRef) {
+CFUUIDRef CFUUIDCreate(CFAllocatorRef allocator) {
+  requireDefault(allocator);
   if (desktop().identifiersFail) return nullptr;
   return static_cast<CFUUIDRef>(handedOut(made(Uuid{++desktop().identifiersMade})));
 }
 
-CFStringRef CFUUIDCreateString(CFAllocatorRef, CFUUIDRef uuid) {
+CFStringRef CFUUIDCreateString(CFAllocatorRef allocator, CFUUIDRef uuid) {
+  requireDefault(allocator);
+  const std::uint64_t number = usedAs<Uuid>(uuid).number;
+  if (desktop().identifierTextsFail) return nullptr;
   char text[40];
   std::snprintf(text, sizeof text, "ABCDEF00-0000-4000-8000-%012llX",
-                static_cast<unsigned long long>(usedAs<Uuid>(uuid).number));
+                static_cast<unsigned long long>(number));
   return static_cast<CFStringRef>(handedOut(madeText(text)));
 }
 

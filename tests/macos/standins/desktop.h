@@ -82,8 +82,9 @@ struct Desktop {
 
   // Seconds that calls of a function take, by its name; of those that know no time-out.
   std::map<std::string, double, std::less<>> delays;
-  bool timersFail = false;       // no timer can be made
-  bool identifiersFail = false;  // nor an identifier
+  bool timersFail = false;           // no timer can be made
+  bool identifiersFail = false;      // nor an identifier
+  bool identifierTextsFail = false;  // nor the text of one
 
   // Every accessibility message: "copy app:101/w AXRole", "set app:101 AXEnhancedUserInterface".
   std::vector<std::string> messages;
@@ -92,6 +93,9 @@ struct Desktop {
   long messagesWithoutTimeout = 0;
 
   std::vector<Object*> timers;  // kept
+  // Whether the run loop has told the workspace of what happened since the last timer.
+  bool workspaceNoticed = false;
+  int stops = 0;  // runs of the run loop that somebody else stops at once
   // Called after each timer's callout.
   std::function<void()> afterTimer;
   std::uint64_t identifiersMade = 0;

@@ -54,6 +54,10 @@ void refuse(const std::string& what) {
   std::abort();
 }
 
+void requireDefault(CFAllocatorRef allocator) {
+  if (allocator != kCFAllocatorDefault) refuse("another allocator than the default was used");
+}
+
 Object* made(Payload payload) {
   ++books().living;
   return new Object{std::move(payload)};

@@ -82,6 +82,9 @@ struct Object {
 // Ends the process with a message: the code under test broke a rule.
 [[noreturn]] void refuse(const std::string& what);
 
+// Every object that the code under test makes comes from the usual allocator.
+void requireDefault(CFAllocatorRef allocator);
+
 // A new object that nobody has a reference to yet.
 [[nodiscard]] Object* made(Payload payload);
 // An object that is never gone.

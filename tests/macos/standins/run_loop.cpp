@@ -29,11 +29,21 @@ void invalidate(Object* timer) {
   drop(timer);
 }
 
+void waitUntil(double time) {
+  if (time > desktop().uptime) advance(time - desktop().uptime);
+  arrive("");
+}
+
+// The source of the workspace, which has something to tell before every timer.
+void noticeWorkspace() {
+  refreshWorkspace();
+  keepInPool(made(Geometry{}));
+  desktop().workspaceNoticed = true;
+}
+
 void fire(Object* timer) {
   const Timer fired = std::get<Timer>(timer->payload);
-  if (fired.due > desktop().uptime) advance(fired.due - desktop().uptime);
-  arrive("");
-  refreshWorkspace();
+  desktop().workspaceNoticed = false;
   fired.callOut(reinterpret_cast<CFRunLoopTimerRef>(timer), fired.context.info);
   invalidate(timer);
   if (desktop().afterTimer) desktop().afterTimer();
@@ -62,10 +72,12 @@ CFRunLoopRef CFRunLoopGetMain() {
   return reinterpret_cast<CFRunLoopRef>(mainLoop());
 }
 
-CFRunLoopTimerRef CFRunLoopTimerCreate(CFAllocatorRef, CFAbsoluteTime fireDate,
-                                       CFTimeInterval interval, CFOptionFlags, CFIndex,
+CFRunLoopTimerRef CFRunLoopTimerCreate(CFAllocatorRef allocator, CFAbsoluteTime fireDate,
+                                       CFTimeInterval interval, CFOptionFlags flags, CFIndex order,
                                        CFRunLoopTimerCallBack callOut,
                                        CFRunLoopTimerContext* context) {
+  requireDefault(allocator);
+  if (flags != 0 || order != 0) refuse("a timer's flags and order have to be 0");
   if (desktop().timersFail) return nullptr;
   if (interval != 0) refuse("a timer that repeats was made");
   const double delay =
@@ -84,11 +96,29 @@ void CFRunLoopAddTimer(CFRunLoopRef loop, CFRunLoopTimerRef timer, CFRunLoopMode
   desktop().timers.push_back(object);
 }
 
-void CFRunLoopRun() {
+// Like the real one it is ended by a source and not by a timer.
+CFRunLoopRunResult CFRunLoopRunInMode(CFRunLoopMode mode, CFTimeInterval seconds,
+                                      Boolean returnAfterSourceHandled) {
+  if (mode != kCFRunLoopDefaultMode) refuse("the loop was run in another mode than the default");
+  const double end = desktop().uptime + seconds;
+  if (desktop().stops > 0) {
+    --desktop().stops;
+    return kCFRunLoopRunStopped;
+  }
   while (true) {
     auto& timers = desktop().timers;
     const auto next = std::ranges::min_element(timers, {}, dueOf);
-    if (next == timers.end() || dueOf(*next) > desktop().runUntil) return;
+    if (next == timers.end() || dueOf(*next) > desktop().runUntil) return kCFRunLoopRunFinished;
+    if (dueOf(*next) > end) {
+      waitUntil(end);
+      return kCFRunLoopRunTimedOut;
+    }
+    waitUntil(dueOf(*next));
+    if (!desktop().workspaceNoticed) {
+      noticeWorkspace();
+      if (returnAfterSourceHandled != 0) return kCFRunLoopRunHandledSource;
+      continue;
+    }
     Object* timer = *next;
     timers.erase(next);
     fire(timer);
