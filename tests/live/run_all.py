@@ -19,8 +19,8 @@ from processes import runTidily
 from stream import PROGRAM
 
 
-# Modules at a time. Four keep two processors busy without starving each other.
-_SIDE_BY_SIDE = 4
+# Modules at a time. Five wait enough to leave two processors room for each other.
+_SIDE_BY_SIDE = 5
 # Modules that test what takes nearly all the time it may, and so have the machine to themselves.
 _ALONE = ("large_page_test",)
 # Seconds between two looks at what has ended.
