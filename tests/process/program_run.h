@@ -15,8 +15,12 @@ struct ProgramRun {
   int status = -1;  // exit status; -1 when a signal ended the program
 };
 
-// Runs the program with these arguments, without a desktop to find, until it ends. A run that takes
-// longer than half a minute fails the test and is ended.
+// Whether the program, when it is run here, finds no desktop whatever this machine has: on a system
+// where a desktop is found through the environment.
+inline constexpr bool desktopIsHidden = DESKTOP_IS_HIDDEN;
+
+// Runs the program with these arguments until it ends. A run that takes longer than half a minute
+// fails the test and is ended.
 ProgramRun runProgram(const std::vector<std::string>& arguments);
 
 // Runs the program until it has written its first line, then ends it. The output is that line
