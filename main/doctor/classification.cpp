@@ -3,6 +3,12 @@
 #include "identity/applications.h"
 
 namespace callmonitor::doctor {
+namespace {
+
+// The sound by which an application becomes a candidate if anything can make it one.
+constexpr ClientAudio bothWays{true, true};
+
+}  // namespace
 
 std::string kindOf(const platform::Application& application,
                    const std::optional<std::vector<AudioProcess>>& audio) {
@@ -13,7 +19,6 @@ std::string kindOf(const platform::Application& application,
   if (genericClient(bundle, application.regular, clientAudio(bundle, audio))) {
     return "generic candidate";
   }
-  constexpr ClientAudio bothWays{true, true};
   if (!audio && genericClient(bundle, application.regular, bothWays)) {
     return "other (a generic candidate if it captures and plays, which is not known)";
   }
@@ -22,7 +27,8 @@ std::string kindOf(const platform::Application& application,
 
 bool mayBeOpened(const platform::Application& application) {
   const std::string bundle = application.bundleIdentifier.value_or("");
-  return application.regular || nativeProvider(bundle) || browserApplication(bundle);
+  return nativeProvider(bundle) || browserApplication(bundle) ||
+         genericClient(bundle, application.regular, bothWays);
 }
 
 }  // namespace callmonitor::doctor

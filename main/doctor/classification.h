@@ -16,7 +16,8 @@ namespace callmonitor::doctor {
                                  const std::optional<std::vector<AudioProcess>>& audio);
 
 // Whether the monitor could ever open the application's windows: what a table names, whatever it
-// runs as, and every regular application, which sound may make a candidate.
+// runs as, and what sound may make a candidate. Nothing else is opened, because what stands in its
+// windows is nobody's business.
 [[nodiscard]] bool mayBeOpened(const platform::Application& application);
 
 }  // namespace callmonitor::doctor

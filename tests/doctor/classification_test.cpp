@@ -57,9 +57,13 @@ TEST(Classification, NamesEveryApplicationByTheRulesOfTheMonitor) {
        false},
       {"a helper, where sound is not known", client, false, unheard, "other", false},
       {"one of the system's, where sound is not known", "com.apple.finder", true, unheard, "other",
-       true},
+       false},
+      {"one of the system's that captures and plays", "com.apple.mail", true,
+       heard("com.apple.mail", true, true), "other", false},
+      {"FaceTime, where sound is not known", "com.apple.FaceTime", true, unheard, undecided, true},
+      {"this system's own application", "ai.corvana.desktop", true, unheard, "other", false},
       {"one without bundle identifier, where sound is not known", std::nullopt, true, unheard,
-       "other", true},
+       "other", false},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.sentence);
