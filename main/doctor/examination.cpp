@@ -1,7 +1,6 @@
 #include "doctor/examination.h"
 
 #include <algorithm>
-#include <array>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -16,10 +15,8 @@ namespace {
 
 using platform::Reading;
 
-// Beside its title, what the monitor asks of every window and what answers of different sizes take.
-constexpr std::array<std::string_view, 3> timedAttributes{attributes::role, attributes::subrole,
-                                                          attributes::children};
-
+// For attributes that are asked for in messages of their own. A desktop may answer several others
+// from one message, and the time of each would say nothing.
 Reading timedRead(const Element& element, std::string_view name, ReadTimes& times) {
   const double before = platform::systemUptime();
   Reading reading = platform::readAttribute(element, name);
@@ -31,7 +28,7 @@ WindowFinding lookAtWindow(const Element& window, ReadTimes& times) {
   const Reading title = timedRead(window, attributes::title, times);
   WindowFinding finding{title.code, std::nullopt};
   if (const auto* text = valueIn<std::string>(title)) finding.title = *text;
-  for (const std::string_view name : timedAttributes) timedRead(window, name, times);
+  timedRead(window, attributes::children, times);
   return finding;
 }
 

@@ -13,7 +13,8 @@
 
 namespace callmonitor::doctor {
 
-// How long reads took, each for itself, in seconds.
+// How long reads took, each for itself, in seconds: of a list of windows, and of each window's
+// title and children.
 struct ReadTimes {
   std::vector<double> seconds;  // in the order of the reads
 };
@@ -45,7 +46,7 @@ struct ApplicationFinding {
   std::string kind;  // in words
   // Absent where it is not known, which is not silence.
   std::optional<ClientAudio> audio;
-  // Absent where nobody looked: without trust, or at a helper.
+  // Absent where nobody looked: without trust, or where the monitor never would.
   std::optional<WindowsFinding> windows;
 };
 
