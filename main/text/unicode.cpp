@@ -6,6 +6,8 @@
 #include <unicode/ustring.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <memory>
 
@@ -36,6 +38,12 @@ icu::BreakIterator& characterBoundaries() {
     return made;
   }();
   return *iterator;
+}
+
+bool controlsWriting(UChar32 codePoint) {
+  constexpr std::uint32_t controls = U_GC_CC_MASK | U_GC_ZL_MASK | U_GC_ZP_MASK;
+  return (U_GET_GC_MASK(codePoint) & controls) != 0 ||
+         u_hasBinaryProperty(codePoint, UCHAR_BIDI_CONTROL) != 0;
 }
 
 }  // namespace
@@ -101,6 +109,24 @@ std::string firstCharacters(std::string_view text, std::size_t count) {
   }
   std::string result;
   unicode.tempSubString(0, end).toUTF8String(result);
+  return result;
+}
+
+std::string controlsEscaped(std::string_view text) {
+  const icu::UnicodeString unicode = icuString(text);
+  icu::UnicodeString escaped;
+  for (std::int32_t i = 0; i < unicode.length(); i = unicode.moveIndex32(i, 1)) {
+    const UChar32 codePoint = unicode.char32At(i);
+    if (controlsWriting(codePoint)) {
+      char sequence[16];
+      std::snprintf(sequence, sizeof sequence, "\\u{%X}", static_cast<unsigned>(codePoint));
+      escaped.append(icuString(sequence));
+    } else {
+      escaped.append(codePoint);
+    }
+  }
+  std::string result;
+  escaped.toUTF8String(result);
   return result;
 }
 

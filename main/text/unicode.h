@@ -21,6 +21,10 @@ namespace callmonitor {
 // The first `count` user-perceived characters of a text, the whole text when it has no more.
 [[nodiscard]] std::string firstCharacters(std::string_view text, std::size_t count);
 
+// A text as it may stand in a line for people: control characters, which could end the line or talk
+// to a terminal, and whatever parts lines or turns the direction of writing become \u{...}.
+[[nodiscard]] std::string controlsEscaped(std::string_view text);
+
 // The number of UTF-16 code units that a text takes.
 [[nodiscard]] std::size_t utf16Length(std::string_view text);
 

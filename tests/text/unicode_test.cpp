@@ -41,6 +41,29 @@ TEST(Unicode, LowerCasesFully) {
   }
 }
 
+TEST(Unicode, EscapesWhatControlsALine) {
+  const TextCase cases[] = {
+      {"nothing stays nothing", "", ""},
+      {"letters of every length", "aé会\U0001F4DE", "aé会\U0001F4DE"},
+      {"what ends a line", "a\r\nb", "a\\u{D}\\u{A}b"},
+      {"a zero byte", std::string("a\0b", 3), "a\\u{0}b"},
+      {"the last control of one byte", "\x7F", "\\u{7F}"},
+      {"the first and the last of two", "\u0080\u009F", "\\u{80}\\u{9F}"},
+      {"a no-break space is none", "\u00A0", "\u00A0"},
+      {"line and paragraph separators", "\u2028\u2029", "\\u{2028}\\u{2029}"},
+      {"all that turns the direction of writing",
+       "\u061C\u200E\u200F\u202A\u202B\u202C\u202D\u202E\u2066\u2067\u2068\u2069",
+       "\\u{61C}\\u{200E}\\u{200F}\\u{202A}\\u{202B}\\u{202C}\\u{202D}\\u{202E}\\u{2066}\\u{2067}"
+       "\\u{2068}\\u{2069}"},
+      {"a joiner of letters is none", "\u200D", "\u200D"},
+      {"bytes that are not UTF-8 count as the replacement character", "\xFF", "\uFFFD"},
+  };
+  for (const TextCase& row : cases) {
+    SCOPED_TRACE(row.sentence);
+    EXPECT_EQ(controlsEscaped(row.text), row.expected);
+  }
+}
+
 std::string joined(std::string_view first, std::string_view second, std::string_view third) {
   return std::string(first).append(second).append(third);
 }
