@@ -1,19 +1,36 @@
 #include "doctor/report_text.h"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
+#include <cstdint>
 #include <cstdio>
 #include <optional>
 #include <utility>
 #include <vector>
 
-#include "evidence/attributes.h"
+#include "doctor/classification.h"
+#include "identity/process_audio.h"
 #include "text/unicode.h"
 
 namespace callmonitor::doctor {
 namespace {
 
 constexpr const char* notKnown = "not known";
+constexpr const char* neverOpened = "(never opened by the monitor)";
+constexpr const char* timedReads =
+    "The reads that are timed are those of an application's list of windows, and of each window's "
+    "title and children.\n\n";
+// What the codes mean that say more than that a read failed. For the monitor the last is a failure
+// like others; a person can do something about it.
+constexpr std::array<std::pair<std::int32_t, const char*>, 7> codeMeanings{
+    {{platform::code::success, "success"},
+     {platform::code::illegalArgument, "illegal argument"},
+     {platform::code::invalidElement, "no longer exists"},
+     {platform::code::cannotComplete, "no answer in time"},
+     {platform::code::attributeUnsupported, "attribute unsupported"},
+     {platform::code::noValue, "no value"},
+     {-25211, "accessibility disabled"}}};
 // Seconds since 1970 at the end of the year 9999, the last that is written with four digits.
 constexpr double endOfTime = 253402300800.0;
 
@@ -97,66 +114,35 @@ std::string windowsText(const WindowsFinding& windows, Titles titles) {
   return text + fact(4, "reads", readsText(windows.times));
 }
 
-std::string applicationText(const ApplicationFinding& finding, bool trusted, Titles titles) {
+// Why nothing is known of an application's sound, where nothing is.
+std::string applicationAudioText(const ApplicationFinding& finding, bool listed) {
+  if (finding.audio) return audioText(finding.audio->input, finding.audio->output);
+  if (!listed) return notKnown;
+  return neverAttributed(finding.application.bundleIdentifier.value_or(""))
+             ? "never attributed"
+             : "none of its processes is in the list";
+}
+
+std::string applicationText(const ApplicationFinding& finding, bool listed, Titles titles) {
   const platform::Application& application = finding.application;
-  std::string text = "  " + nameOf(application) + '\n';
-  text += fact(4, "regular", application.regular ? "yes" : "no");
+  std::string text = "  " + nameOf(application);
+  // A desktop has a hundred helpers, of which there is nothing else to say.
+  if (!mayBeOpened(application)) return text + "  " + neverOpened + '\n';
+  text += '\n' + fact(4, "regular", application.regular ? "yes" : "no");
   text +=
       fact(4, "launched", application.launchedAt ? timeText(*application.launchedAt) : notKnown);
   text += fact(4, "kind", finding.kind);
-  text += fact(4, "audio",
-               finding.audio ? audioText(finding.audio->input, finding.audio->output) : notKnown);
+  text += fact(4, "audio", applicationAudioText(finding, listed));
   if (finding.windows) return text + windowsText(*finding.windows, titles);
-  return text +
-         fact(4, "windows",
-              trusted ? "not looked at, as the monitor does not" : "not looked at without trust");
-}
-
-// The ranges of control characters, and of those that change the direction of what follows.
-bool needsEscape(char32_t character) {
-  return character < 0x20 || (character >= 0x7F && character <= 0x9F) ||
-         (character >= 0x2028 && character <= 0x202E) ||
-         (character >= 0x2066 && character <= 0x2069) || character == 0x200E || character == 0x200F;
-}
-
-// The character at `position` of well-formed UTF-8, and its length in bytes.
-std::pair<char32_t, std::size_t> characterAt(std::string_view text, std::size_t position) {
-  const auto byteAt = [&](std::size_t i) { return static_cast<unsigned char>(text[position + i]); };
-  const unsigned char first = byteAt(0);
-  if (first < 0x80) return {first, 1};
-  const std::size_t length = first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
-  char32_t character = first & (0x7FU >> length);
-  for (std::size_t i = 1; i < length; ++i) character = (character << 6) | (byteAt(i) & 0x3FU);
-  return {character, length};
+  return text + fact(4, "windows", "not looked at without trust");
 }
 
 }  // namespace
 
 std::string codeText(std::int32_t code) {
-  using namespace platform;
-  const char* meaning = "failure";
-  switch (code) {
-    case code::success:
-      meaning = "success";
-      break;
-    case code::illegalArgument:
-      meaning = "illegal argument";
-      break;
-    case code::invalidElement:
-      meaning = "no longer exists";
-      break;
-    case code::cannotComplete:
-      meaning = "no answer in time";
-      break;
-    case code::attributeUnsupported:
-      meaning = "attribute unsupported";
-      break;
-    case code::noValue:
-      meaning = "no value";
-      break;
-    default:
-      break;
-  }
+  const auto* const known = std::find_if(codeMeanings.begin(), codeMeanings.end(),
+                                         [code](const auto& each) { return each.first == code; });
+  const char* meaning = known == codeMeanings.end() ? "failure" : known->second;
   return std::to_string(code) + " (" + meaning + ")";
 }
 
@@ -177,28 +163,16 @@ std::string timeText(double secondsSince1970) {
 }
 
 std::string lineText(std::string_view text) {
-  if (!validUtf8(text)) return "(not well-formed UTF-8)";
-  std::string line;
-  for (std::size_t position = 0; position < text.size();) {
-    const auto [character, length] = characterAt(text, position);
-    if (needsEscape(character)) {
-      char escaped[16];
-      std::snprintf(escaped, sizeof escaped, "\\u{%X}", static_cast<unsigned>(character));
-      line += escaped;
-    } else {
-      line += text.substr(position, length);
-    }
-    position += length;
-  }
-  return line;
+  return validUtf8(text) ? controlsEscaped(text) : "(not well-formed UTF-8)";
 }
 
 std::string reportText(const Findings& findings, Titles titles) {
   std::string text = "What call-monitor can see of this desktop. Nothing was changed to see it.\n";
   text += titles == Titles::shown
-              ? "Window titles are shown.\n\n"
+              ? "Window titles are shown.\n"
               : "Window titles are left out, their lengths (in UTF-16 units) stand for them; "
-                "--titles shows them.\n\n";
+                "--titles shows them.\n";
+  text += timedReads;
   text += fact(0, "accessibility trusted", findings.trusted ? "yes" : "no, so no window is read");
   text += fact(0, "uptime", fixed(findings.uptime, 1) + " s");
   text += fact(0, "wall clock", timeText(findings.wallClock));
@@ -214,7 +188,7 @@ std::string reportText(const Findings& findings, Titles titles) {
   const std::size_t applications = findings.applications.size();
   text += fact(0, "applications", applications > 0 ? std::to_string(applications) : "none found");
   for (const ApplicationFinding& finding : findings.applications) {
-    text += applicationText(finding, findings.trusted, titles);
+    text += applicationText(finding, findings.audio.has_value(), titles);
   }
   return text;
 }

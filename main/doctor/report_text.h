@@ -21,8 +21,8 @@ enum class Titles { lengths, shown };
 // A time in seconds since 1970 as UTC, to the second; "not a time" for what no calendar holds.
 [[nodiscard]] std::string timeText(double secondsSince1970);
 
-// A text of another program as it may stand in a line: control characters, which could end the line
-// or talk to a terminal, and those that turn the direction of writing become \u{...}.
+// A text of another program as it may stand in a line: what could end the line, talk to a terminal
+// or turn the direction of writing becomes \u{...}.
 [[nodiscard]] std::string lineText(std::string_view text);
 
 }  // namespace callmonitor::doctor

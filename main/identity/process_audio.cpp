@@ -21,11 +21,14 @@ std::string audioFamily(std::string_view bundle) {
   return std::string(bundle);
 }
 
+bool neverAttributed(std::string_view bundle) {
+  return audioFamily(bundle) == unattributedFamily;
+}
+
 std::optional<ClientAudio> clientAudio(std::string_view bundle,
                                        const std::optional<std::vector<AudioProcess>>& processes) {
-  if (!processes) return std::nullopt;
+  if (!processes || neverAttributed(bundle)) return std::nullopt;
   const std::string family = audioFamily(bundle);
-  if (family == unattributedFamily) return std::nullopt;
   const std::string helper = family + ".helper";
   std::optional<ClientAudio> audio;
   for (const AudioProcess& process : *processes) {

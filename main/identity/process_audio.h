@@ -24,9 +24,13 @@ struct ClientAudio {
 // browser's, every other application has its own.
 [[nodiscard]] std::string audioFamily(std::string_view bundle);
 
+// Whether no process of a client's can be told from the list, whatever the list holds: Safari's
+// media plays in processes that do not carry its identifier.
+[[nodiscard]] bool neverAttributed(std::string_view bundle);
+
 // The audio state of one client: its own process and its helpers. Absent, which is not silence,
-// when there is no process list, the list knows no process of the client, or the client is Safari,
-// whose media plays in processes that do not carry its identifier.
+// when there is no process list, the list knows no process of the client, or the client's sound is
+// never attributed to it.
 [[nodiscard]] std::optional<ClientAudio> clientAudio(
     std::string_view bundle, const std::optional<std::vector<AudioProcess>>& processes);
 

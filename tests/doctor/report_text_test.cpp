@@ -57,18 +57,65 @@ TEST(ReportText, TellsTheFactsOfTheDesktop) {
 
 TEST(ReportText, SaysWhatIsNotKnown) {
   Findings findings;
-  findings.applications = {{{42, {}, {}, false}, "other", {}, {}}};
+  findings.applications = {{{42, {}, "us.zoom.xos", false}, "native client zoom", {}, {}}};
   const std::string report = reportText(findings, Titles::lengths);
   for (const char* line :
        {"accessibility trusted no, so no window is read", "application in front not known",
         "windows on the screen not known", "audio processes not known", "applications 1",
-        "pid 42 no bundle identifier", "regular no", "launched not known", "kind other",
+        "pid 42 us.zoom.xos", "regular no", "launched not known", "kind native client zoom",
         "audio not known", "windows not looked at without trust"}) {
     EXPECT_TRUE(tells(report, line)) << line << " is not in\n" << report;
   }
-  findings.trusted = true;
-  EXPECT_TRUE(tells(reportText(findings, Titles::lengths),
-                    "windows not looked at, as the monitor does not"));
+}
+
+TEST(ReportText, AnApplicationThatIsNeverOpenedTakesOneLine) {
+  for (const bool trusted : {false, true}) {
+    Findings findings;
+    findings.trusted = trusted;
+    findings.applications = {{{42, 1.0, "org.example.Helper", false}, "other", {}, {}},
+                             {{43, 1.0, "com.apple.mail", true}, "other", {}, {}},
+                             {{44, 1.0, {}, true}, "other", {}, {}}};
+    const std::string report = reportText(findings, Titles::lengths);
+    const std::string expected =
+        "applications              3\n"
+        "  pid 42  org.example.Helper  (never opened by the monitor)\n"
+        "  pid 43  com.apple.mail  (never opened by the monitor)\n"
+        "  pid 44  no bundle identifier  (never opened by the monitor)\n";
+    EXPECT_TRUE(report.ends_with(expected)) << report;
+  }
+}
+
+TEST(ReportText, SaysWhyASoundIsNotTold) {
+  struct Row {
+    const char* sentence;
+    const char* bundle;
+    std::optional<std::vector<platform::AudioProcess>> processes;
+    const char* line;
+  };
+  const std::vector<platform::AudioProcess> others{{"org.a", true, true}};
+  for (const Row& row : std::vector<Row>{
+           {"there is no list", "com.google.Chrome", {}, "audio not known"},
+           {"there is no list, and Safari", "com.apple.Safari", {}, "audio not known"},
+           {"a list of others", "com.google.Chrome", others,
+            "audio none of its processes is in the list"},
+           {"an empty list",
+            "com.google.Chrome",
+            {{}},
+            "audio none of its processes is in the list"},
+           {"a list, and Safari", "com.apple.Safari", others, "audio never attributed"}}) {
+    SCOPED_TRACE(row.sentence);
+    Findings findings;
+    findings.audio = row.processes;
+    findings.applications = {{{42, 1.0, row.bundle, true}, "browser", {}, {}}};
+    const std::string report = reportText(findings, Titles::lengths);
+    EXPECT_TRUE(tells(report, row.line)) << report;
+  }
+}
+
+TEST(ReportText, SaysWhichReadsAreTimed) {
+  EXPECT_TRUE(tells(reportText({}, Titles::lengths),
+                    "The reads that are timed are those of an application's list of windows, and "
+                    "of each window's title and children."));
 }
 
 TEST(ReportText, TitlesAreShownOnlyWhereTheyWereAskedFor) {
@@ -126,7 +173,8 @@ TEST(CodeText, SaysWhatACodeMeans) {
                                          {-25204, "-25204 (no answer in time)"},
                                          {-25205, "-25205 (attribute unsupported)"},
                                          {-25212, "-25212 (no value)"},
-                                         {-25211, "-25211 (failure)"}}) {
+                                         {-25211, "-25211 (accessibility disabled)"},
+                                         {-25208, "-25208 (failure)"}}) {
     EXPECT_EQ(codeText(row.code), row.text);
   }
 }
@@ -163,6 +211,9 @@ TEST(LineText, NothingEndsTheLineOrTalksToATerminal) {
            {"the first letter after those", "\u00A0", "\u00A0"},
            {"a line separator", "\u2028", "\\u{2028}"},
            {"a turn of direction", "\u202Eabc\u2069", "\\u{202E}abc\\u{2069}"},
+           {"the mark of Arabic letters", "a\u061Cb", "a\\u{61C}b"},
+           {"marks of direction", "\u200Ea\u200F", "\\u{200E}a\\u{200F}"},
+           {"what joins letters", "\u200D", "\u200D"},
            {"no UTF-8", "a\xFF", "(not well-formed UTF-8)"}}) {
     SCOPED_TRACE(row.sentence);
     EXPECT_EQ(lineText(row.text), row.line);

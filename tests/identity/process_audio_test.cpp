@@ -34,6 +34,14 @@ TEST(ProcessAudio, WebAppsShareTheirBrowsersAudio) {
   }
 }
 
+TEST(ProcessAudio, OnlySafarisIsNeverAttributed) {
+  EXPECT_TRUE(neverAttributed("com.apple.Safari"));
+  for (const char* bundle : {"", "com.apple.Safari.app.x", "com.apple.safari", "com.google.Chrome",
+                             "com.google.Chrome.app.x", "us.zoom.xos", "com.apple.FaceTime"}) {
+    EXPECT_FALSE(neverAttributed(bundle)) << bundle;
+  }
+}
+
 using Processes = std::optional<std::vector<AudioProcess>>;
 
 struct ClientCase {
