@@ -40,5 +40,6 @@ int main(int argc, char** argv) {
   const doctor::Titles titles = request->titles ? doctor::Titles::shown : doctor::Titles::lengths;
   doctor::visit([titles](const doctor::Findings& findings) { tell(findings, titles); });
   callmonitor::platform::runLoop();
-  return EXIT_FAILURE;  // the loop ended before there was anything to tell
+  std::cerr << "call-monitor-doctor: the run loop ended before there was anything to tell\n";
+  return EXIT_FAILURE;
 }
