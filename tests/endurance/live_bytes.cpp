@@ -9,8 +9,10 @@ namespace {
 
 std::size_t live = 0;
 
-// Room for the size that keeps what follows aligned for every type.
-constexpr std::size_t prefix = alignof(std::max_align_t);
+// Room for the size that keeps what follows aligned as `new` promises, which on some systems is
+// more than any type of the language needs.
+constexpr std::size_t prefix = __STDCPP_DEFAULT_NEW_ALIGNMENT__;
+static_assert(prefix >= sizeof(std::size_t));
 
 // Null when there is no memory.
 void* counted(std::size_t size) noexcept {
