@@ -13,6 +13,11 @@ void prepareStandardOutput() {
   sigemptyset(&pipe);
   sigaddset(&pipe, SIGPIPE);
   pthread_sigmask(SIG_UNBLOCK, &pipe, nullptr);
+#ifdef F_SETNOSIGPIPE
+  // There a pipe or socket can be told to raise no signal, and it stays told for whoever inherits
+  // it.
+  fcntl(STDOUT_FILENO, F_SETNOSIGPIPE, 0);
+#endif
 
   // A slow reader must delay a line, never cut it.
   if (const int flags = fcntl(STDOUT_FILENO, F_GETFL); flags >= 0 && (flags & O_NONBLOCK) != 0) {
