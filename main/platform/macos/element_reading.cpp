@@ -74,7 +74,8 @@ std::int32_t setAttribute(const Element& element, std::string_view name, bool va
       element.reference->element.get(), attribute.get(), value ? kCFBooleanTrue : kCFBooleanFalse));
 }
 
-// Each answer comes in a message of its own, which cannot be asked for ahead of its turn.
+// Attributes are read one by one on purpose: a deadline may fall between any two of them, and what
+// is not reached is not asked for. So nothing is done ahead of its turn.
 void expectScan(const Element& /*root*/, double /*deadline*/, int /*budget*/) {}
 void expectSearch(const Element& /*root*/, double /*deadline*/, int /*budget*/) {}
 

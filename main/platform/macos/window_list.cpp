@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <limits>
 #include <optional>
-#include <utility>
 #include <vector>
 
 #include "platform/macos/core_values.h"

@@ -2,7 +2,6 @@
 #include <ApplicationServices/ApplicationServices.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <string_view>
 
