@@ -1,6 +1,7 @@
 // The sound system's processes and the window server's windows, as they are listed.
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -78,6 +79,29 @@ end 1s
   EXPECT_EQ(windows->at(1).number, std::nullopt);
   EXPECT_EQ(windows->at(2).ownerPid, 101);
   EXPECT_EQ(windows->at(2).name, std::nullopt);
+}
+
+TEST_F(Lists, NoWindowsIsAnEmptyListAndWhatIsNoListOfWindowsIsNone) {
+  struct Row {
+    const char* sentence;
+    std::function<Object*()> list;
+    std::optional<std::size_t> size;
+  };
+  for (const Row& row : std::vector<Row>{
+           {"an empty list", [] { return standins::madeList({}); }, 0},
+           {"an entry that says nothing",
+            [] { return standins::madeList({standins::made(standins::Dictionary{})}); }, 1},
+           {"NULL", [] { return nullptr; }, std::nullopt},
+           {"a list with a hole", [] { return standins::madeList({nullptr}); }, std::nullopt},
+           {"a list of texts", [] { return standins::madeList({standins::madeText("x")}); },
+            std::nullopt},
+       }) {
+    play("app a org.example.A\nend 1s\n");
+    desktop().windowList = row.list;
+    std::optional<std::vector<platform::OnScreenWindow>> windows;
+    platform::inCycle([&] { windows = platform::onScreenWindows(); });
+    EXPECT_EQ(windows ? std::optional(windows->size()) : std::nullopt, row.size) << row.sentence;
+  }
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
-// What the stream's way out is like when monitoring begins, whatever the parent process left.
+// What the stream's way out is like when monitoring or a look begins, whatever the parent process
+// left.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -24,11 +25,14 @@ int awkwardOutput() {
   return ends[0];
 }
 
-TEST(Preparation, AReaderThatGoesAwayEndsTheProcess) {
+// Whoever monitors, and whoever only looks.
+struct Preparation : testing::TestWithParam<void (*)()> {};
+
+TEST_P(Preparation, AReaderThatGoesAwayEndsTheProcess) {
   EXPECT_EXIT(
       {
         const int reader = awkwardOutput();
-        platform::prepareMonitoring();
+        GetParam()();
         close(reader);
         (void)!write(STDOUT_FILENO, "x", 1);
         _exit(2);
@@ -36,15 +40,19 @@ TEST(Preparation, AReaderThatGoesAwayEndsTheProcess) {
       testing::KilledBySignal(SIGPIPE), "");
 }
 
-TEST(Preparation, ASlowReaderIsWaitedFor) {
+TEST_P(Preparation, ASlowReaderIsWaitedFor) {
   EXPECT_EXIT(
       {
         (void)awkwardOutput();
-        platform::prepareMonitoring();
+        GetParam()();
         _exit((fcntl(STDOUT_FILENO, F_GETFL) & O_NONBLOCK) == 0 ? 0 : 3);
       },
       testing::ExitedWithCode(0), "");
 }
+
+INSTANTIATE_TEST_SUITE_P(, Preparation,
+                         testing::Values(platform::prepareMonitoring, platform::prepareLooking),
+                         [](const auto& one) { return one.index == 0 ? "Monitoring" : "Looking"; });
 
 }  // namespace
 }  // namespace callmonitor::macos

@@ -81,6 +81,24 @@ TEST_F(Workspace, WhatAnApplicationDoesNotHaveIsAbsent) {
   }
 }
 
+TEST_F(Workspace, OnlyARegularApplicationIsRegular) {
+  struct Row {
+    const char* sentence;
+    long policy;
+    bool regular;
+  };
+  for (const Row& row :
+       std::vector<Row>{{"regular", 0, true}, {"accessory", 1, false}, {"prohibited", 2, false}}) {
+    desktop().activationPolicy = row.policy;
+    desktop().applications = {{7, 12.5, "org.example", true}};
+    desktop().front = desktop().applications.front();
+    EXPECT_EQ(inCycle([] { return platform::runningApplication(7); })->regular, row.regular)
+        << row.sentence;
+    EXPECT_EQ(inCycle(platform::frontmostApplication)->regular, row.regular) << row.sentence;
+    EXPECT_EQ(inCycle(platform::runningApplications).at(0).regular, row.regular) << row.sentence;
+  }
+}
+
 TEST_F(Workspace, ALaunchTimeIsTheSameDoubleAtEveryReading) {
   const double launched = 1750000000.1234567;
   desktop().applications = {{7, launched, "org.example", true}};

@@ -63,6 +63,10 @@ struct Desktop {
   std::vector<platform::Application> applications;
   std::optional<platform::Application> front;
   bool lookupFails = false;  // no application is found by its process id
+  // What an application is that is looked up by its process id, where the list says another thing.
+  std::optional<platform::Application> lookup;
+  // What every application answers; else those that are not regular are accessories.
+  std::optional<long> activationPolicy;
 
   long majorVersion = 14;
   long minorVersion = 2;

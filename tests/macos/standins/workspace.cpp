@@ -53,6 +53,7 @@ Object* frontmostApplication(Object* /*self*/, Selector) {
 
 Object* applicationWithPid(Object* /*self*/, Selector, pid_t pid) {
   arrive("runningApplicationWithProcessIdentifier:");
+  if (desktop().lookup && desktop().lookup->pid == pid) return applicationObject(desktop().lookup);
   const auto& applications = desktop().applications;
   const auto found = std::ranges::find(applications, pid, &platform::Application::pid);
   return found == applications.end() || desktop().lookupFails ? nullptr : applicationObject(*found);
@@ -67,8 +68,9 @@ pid_t processIdentifier(Object* self, Selector) {
 }
 
 NSInteger activationPolicy(Object* self, Selector) {
-  return valuesOf(self).regular ? NSApplicationActivationPolicyRegular
-                                : NSApplicationActivationPolicyAccessory;
+  return desktop().activationPolicy.value_or(valuesOf(self).regular
+                                                 ? NSApplicationActivationPolicyRegular
+                                                 : NSApplicationActivationPolicyAccessory);
 }
 
 Object* bundleIdentifier(Object* self, Selector) {
@@ -134,7 +136,7 @@ AnyMethod any(Function function) {
 }  // namespace
 
 AnyMethod methodOf(const Object& receiver, std::string_view selector) {
-  static const std::array<Method, 14> methods{{
+  static const std::array<Method, 13> methods{{
       {"NSWorkspace class", "sharedWorkspace", any(sharedWorkspace)},
       {"NSWorkspace", "runningApplications", any(runningApplications)},
       {"NSWorkspace", "frontmostApplication", any(frontmostApplication)},
