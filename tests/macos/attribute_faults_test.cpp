@@ -3,12 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
-#include <functional>
 #include <string>
 #include <vector>
 
 #include "macos/fault_effects.h"
+#include "macos/faulty_answers.h"
 
 namespace callmonitor::macos {
 namespace {
@@ -29,44 +28,6 @@ struct AttributeFaults : FaultEffects {
         [] { desktop().attributeFaults.clear(); }, faulty);
   }
 };
-
-struct Wrong {
-  std::string type;
-  std::function<Object*()> make;
-};
-
-Object* someElement() {
-  return standins::made(standins::ElementHandle{"app:101/w"});
-}
-
-// A value of every type, by its name.
-const std::vector<Wrong>& values() {
-  static const std::vector<Wrong> all{
-      {"text", [] { return standins::madeText("text"); }},
-      {"number", [] { return standins::madeNumber(1); }},
-      {"fraction", [] { return standins::madeFraction(0.5); }},
-      {"boolean", [] { return standins::flagObject(true); }},
-      {"address", [] { return standins::madeUrl("https://zoom.us", "https://zoom.us"); }},
-      {"element", someElement},
-      {"elements", [] { return standins::madeList({someElement()}); }},
-      {"mixed list",
-       [] {
-         return standins::madeList({someElement(), standins::madeNumber(1)});
-       }},
-      {"list of texts", [] { return standins::madeList({standins::madeText("text")}); }},
-      {"list with a hole",
-       [] {
-         return standins::madeList({someElement(), nullptr});
-       }},
-      {"dictionary", [] { return standins::made(standins::Dictionary{}); }},
-      {"point", [] { return standins::made(standins::Geometry{}); }},
-  };
-  return all;
-}
-
-// The failures that are told of; the others mean that there is nothing.
-constexpr std::array<std::int32_t, 6> failing{-25200, -25201, -25202, -25204, -25208, -25211};
-constexpr std::array<std::int32_t, 2> absent{-25205, -25212};
 
 struct AttributeRow {
   const char* attribute;
@@ -135,7 +96,7 @@ TEST_F(AttributeFaults, AnAttributeThatFailsEverywhereIsToldWhereAScanReadsIt) {
 
 TEST_F(AttributeFaults, AnAttributeThatIsNotThereIsNoFailure) {
   for (const AttributeRow& row : attributeRows()) {
-    for (const std::int32_t code : absent) {
+    for (const std::int32_t code : notThere) {
       expectAttributeEffect(row.attribute, "is absent by " + std::to_string(code),
                             {.code = code, .value = {}, .delay = {}}, {row.calls, row.stage, {}});
     }
