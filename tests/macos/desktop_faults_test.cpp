@@ -23,6 +23,23 @@ TEST_F(DesktopFaults, TrustThatGoesLeavesCallsUnknown) {
       [] { desktop().world.trusted = true; }, {unknown, "untrusted", {}, false});
 }
 
+// Without trust every read would answer that accessibility is disabled; none is sent.
+TEST_F(DesktopFaults, WithoutTrustNobodyIsAsked) {
+  expectEffect(
+      meetCall, {joined}, "not trusted, and all reads disabled",
+      [] {
+        desktop().world.trusted = false;
+        desktop().attributeFaults[{"", ""}].code = -25211;
+        desktop().recordMessages = true;
+      },
+      [] {
+        EXPECT_EQ(desktop().messages, std::vector<std::string>());
+        desktop().world.trusted = true;
+        desktop().attributeFaults.clear();
+      },
+      {unknown, "untrusted", {}, false});
+}
+
 // The list's entries.
 
 using Fields = std::vector<std::pair<CFStringRef, Object*>>;
@@ -220,6 +237,56 @@ TEST_F(DesktopFaults, ALaunchTimeThatIsNotKnownAnyMoreIsAnotherLaunch) {
   // Without a launch time no window can be the call's for certain.
   expectCycle({"left \"Standup\", joined media \"Standup\""}, "meanwhile");
   expectCycle({joinedNowhere}, "meanwhile");
+}
+
+TEST_F(DesktopFaults, AnotherLaunchTimeIsAnotherLaunch) {
+  play(meetCall);
+  expectCycle({joined}, "before");
+  *desktop().applications.front().launchedAt += 0.001;
+  expectCycle({"left \"Standup\", joined media \"Standup\" window=1"}, "meanwhile");
+  expectCycle({joined}, "as a new call");
+}
+
+// The application that is looked up by its process id may be a later one than that of the list.
+TEST_F(DesktopFaults, WhoIsLookedUpHasToBeTheLaunchThatWasListed) {
+  struct Row {
+    const char* sentence;
+    std::function<void(Application&)> change;
+    const char* calls;
+    std::string bundle;  // of the record; empty for none
+  };
+  for (const Row& row : std::vector<Row>{
+           {"the same", [](Application&) {}, joined, "com.google.Chrome"},
+           {"another launch", [](Application& one) { *one.launchedAt += 0.001; }, joinedNowhere,
+            ""},
+           {"another launch of another application",
+            [](Application& one) {
+              *one.launchedAt += 0.001;
+              one.bundleIdentifier = "org.example.Other";
+            },
+            joinedNowhere, ""},
+           {"a launch that is not known", [](Application& one) { one.launchedAt.reset(); },
+            joinedNowhere, ""},
+           {"another bundle identifier",
+            [](Application& one) { one.bundleIdentifier = "org.example.Other"; }, joined,
+            "org.example.Other"},
+           {"no bundle identifier", [](Application& one) { one.bundleIdentifier.reset(); }, joined,
+            ""},
+       }) {
+    SCOPED_TRACE(row.sentence);
+    play(meetCall);
+    desktop().lookup = desktop().applications.front();
+    row.change(*desktop().lookup);
+    for (int i = 0; i < 2; ++i) {
+      const std::vector<Json> records = cycle();
+      EXPECT_EQ(calls(records), row.calls);
+      for (const Json& record : support::ofKind(records, "observation")) {
+        EXPECT_EQ(record.value("applicationBundleId", ""), row.bundle);
+      }
+    }
+    desktop().lookup.reset();
+    expectCycle({joined}, "afterwards");
+  }
 }
 
 }  // namespace
