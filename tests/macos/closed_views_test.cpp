@@ -11,8 +11,6 @@
 namespace callmonitor::macos {
 namespace {
 
-using standins::AttributeFault;
-
 // Each call is in sight for two cycles; then what showed it goes out of sight and still exists.
 struct Situation {
   const char* sentence;

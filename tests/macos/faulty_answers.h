@@ -63,6 +63,7 @@ struct NoAnswer {
 };
 inline std::vector<NoAnswer> noAnswers(const std::vector<std::string>& types) {
   std::vector<NoAnswer> all;
+  all.reserve(failing.size() + notThere.size() + values().size() + 2);
   for (const std::int32_t code : failing) {
     all.push_back(
         {"fails with " + std::to_string(code), {.code = code, .value = {}, .delay = {}}, code});

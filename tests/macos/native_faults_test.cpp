@@ -12,8 +12,6 @@
 namespace callmonitor::macos {
 namespace {
 
-using standins::AttributeFault;
-
 // The toolbar is out of sight: the tile alone says that this is a call.
 constexpr const char* zoomTile = R"(
 app zoom us.zoom.xos
