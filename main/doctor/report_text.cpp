@@ -128,7 +128,8 @@ std::string applicationText(const ApplicationFinding& finding, bool listed, Titl
   std::string text = "  " + nameOf(application);
   // A desktop has a hundred helpers, of which there is nothing else to say.
   if (!mayBeOpened(application)) return text + "  " + neverOpened + '\n';
-  text += '\n' + fact(4, "regular", application.regular ? "yes" : "no");
+  text += '\n';
+  text += fact(4, "regular", application.regular ? "yes" : "no");
   text +=
       fact(4, "launched", application.launchedAt ? timeText(*application.launchedAt) : notKnown);
   text += fact(4, "kind", finding.kind);
