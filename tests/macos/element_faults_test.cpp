@@ -2,6 +2,7 @@
 // error that comes too late is an answer that did not come.
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <string>
 #include <vector>
 

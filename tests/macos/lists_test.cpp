@@ -1,6 +1,7 @@
 // The sound system's processes and the window server's windows, as they are listed.
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <functional>
 #include <optional>
 #include <string>

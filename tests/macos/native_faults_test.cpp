@@ -2,7 +2,7 @@
 // the window's own title, dialogs, and the preview before a meeting.
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <cstdint>
 #include <string>
 #include <vector>
 

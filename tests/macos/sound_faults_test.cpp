@@ -1,8 +1,10 @@
 // Sound that cannot be read is not known, which is neither silence nor a shorter list.
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "macos/fault_effects.h"
