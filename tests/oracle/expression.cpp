@@ -40,7 +40,7 @@ std::vector<PCRE2_SIZE> match(const std::string& text, const Expression& express
   if (pairs == PCRE2_ERROR_NOMATCH) return {};
   if (pairs < 0) giveUp(pairs);
   const PCRE2_SIZE* places = pcre2_get_ovector_pointer(data.get());
-  return {places, places + 2 * pairs};
+  return {places, places + 2 * static_cast<std::size_t>(pairs)};
 }
 
 }  // namespace
