@@ -7,14 +7,14 @@ import tempfile
 import time
 import unittest
 
+from built import REPOSITORY, built
 from call_client import CallClient
 from live_case import DesktopCase
 from private_desktop import PrivateDesktop
 from story import CALL_ADDRESS
-from stream import REPOSITORY
 from waiting import waitUntil
 
-_DOCTOR = os.path.join(REPOSITORY, "build", "release", "main", "call-monitor-doctor")
+_DOCTOR = built("main", "call-monitor-doctor")
 _BOUND = 60
 _TITLE = "Private matters"
 

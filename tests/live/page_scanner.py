@@ -1,13 +1,12 @@
 """The programs that look at real pages for tests and measurements: `scan_page` and `scan_bench`."""
 
 import json
-import os
 import subprocess
 
-from stream import REPOSITORY
+from built import built
 
-SCANNER = os.path.join(REPOSITORY, "build", "release", "tests", "scan_page")
-BENCH = os.path.join(REPOSITORY, "build", "release", "bench", "scan_bench")
+SCANNER = built("tests", "scan_page")
+BENCH = built("bench", "scan_bench")
 
 
 class PageScanner:

@@ -9,9 +9,10 @@ import tempfile
 import time
 import unittest
 
+from built import REPOSITORY
 from private_desktop import PrivateDesktop
 from processes import Processes, commandLine, descendants
-from stream import REPOSITORY, isObservation
+from stream import isObservation
 from waiting import waitUntil
 
 # Seconds; the story itself gives up well before.

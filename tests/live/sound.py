@@ -2,14 +2,12 @@
 
 import contextlib
 import json
-import os
 import subprocess
 import threading
 
-from stream import REPOSITORY
+from built import built
 from waiting import waitUntil
 
-_TOOLS = os.path.join(REPOSITORY, "build", "release", "tests")
 _READER_BOUND = 5.0
 
 
@@ -24,7 +22,7 @@ class Heard:
         self._name = name
         self.lines = []
         command = ["env", *(f"{key}={value}" for key, value in (environment or {}).items()),
-                   os.path.join(_TOOLS, "heard")]
+                   built("tests", "heard")]
         process = desktop.start(name, command, stdout=subprocess.PIPE)
         self._output = process.stdout
         self.pid = process.pid
@@ -69,7 +67,7 @@ class SoundClient:
     def __init__(self, desktop, name, *arguments):
         self._desktop = desktop
         self._name = name
-        self.process = desktop.start(name, [os.path.join(_TOOLS, "sound_client"), *arguments],
+        self.process = desktop.start(name, [built("tests", "sound_client"), *arguments],
                                      stdin=subprocess.PIPE)
         self._words = 0
         self._waitForWord()

@@ -6,17 +6,15 @@ record that means something, counted from a mark that it set before it acted.
 
 import contextlib
 import json
-import os
 import signal
 import subprocess
 import threading
 import time
 
+from built import built
 from waiting import STEP_BOUND
 
-REPOSITORY = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
-# The program that `./run` and `./test` build.
-PROGRAM = os.path.join(REPOSITORY, "build", "release", "main", "call-monitor")
+PROGRAM = built("main", "call-monitor")
 
 
 class Line:

@@ -1,17 +1,16 @@
 """The windows that this desktop gives for an application, read by a tool of the test's own."""
 
 import json
-import os
 
 from accessibility_tree import windowsOf
+from built import built
 from call_client import CallClient
 from live_case import DesktopCase, MonitorCase
 from private_desktop import PrivateDesktop
 from story import LANDING_ADDRESS
-from stream import REPOSITORY
 from waiting import waitUntil
 
-_TOOL = os.path.join(REPOSITORY, "build", "release", "tests", "windows")
+_TOOL = built("tests", "windows")
 _SUCCESS = 0
 _CANNOT_COMPLETE = -25204
 # More than any process has: the kernel's own limit.
