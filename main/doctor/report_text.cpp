@@ -21,8 +21,10 @@ constexpr const char* neverOpened = "(never opened by the monitor)";
 constexpr const char* timedReads =
     "The reads that are timed are those of an application's list of windows, and of each window's "
     "title and children.\n\n";
-// What the codes mean that say more than that a read failed. For the monitor the last is a failure
-// like others; a person can do something about it.
+// A failure like others to the monitor, and one that a person can do something about: the figure is
+// that of the macOS accessibility interface.
+constexpr std::int32_t accessibilityDisabled = -25211;
+// What the codes mean that say more than that a read failed.
 constexpr std::array<std::pair<std::int32_t, const char*>, 7> codeMeanings{
     {{platform::code::success, "success"},
      {platform::code::illegalArgument, "illegal argument"},
@@ -30,7 +32,7 @@ constexpr std::array<std::pair<std::int32_t, const char*>, 7> codeMeanings{
      {platform::code::cannotComplete, "no answer in time"},
      {platform::code::attributeUnsupported, "attribute unsupported"},
      {platform::code::noValue, "no value"},
-     {-25211, "accessibility disabled"}}};
+     {accessibilityDisabled, "accessibility disabled"}}};
 // Seconds since 1970 at the end of the year 9999, the last that is written with four digits.
 constexpr double endOfTime = 253402300800.0;
 

@@ -19,7 +19,7 @@ from processes import runTidily
 from stream import PROGRAM
 
 
-# Modules at a time. Five wait enough to leave two processors room for each other.
+# Modules at a time. They mostly wait: five keep two processors busy without starving a test.
 _SIDE_BY_SIDE = 5
 # Modules that test what takes nearly all the time it may, and so have the machine to themselves.
 _ALONE = ("large_page_test",)

@@ -74,7 +74,7 @@ fetchHeaders() {
 # describe NAME PACKAGE LIBRARY: what a library of this machine is to a build for the other system.
 # The libraries are linked into the program there; here they are stubs like the system's.
 describe() {
-  printf 'Name: %s\nDescription: a stub\nVersion: %s\nCflags: -I%s\nLibs: -L%s -l%s\n' \
+  printf 'Name: %s\nDescription: a stub\nVersion: %s\nCflags: -I"%s"\nLibs: -L"%s" -l%s\n' \
     "$1" "$(pkg-config --modversion "$1")" "$ROOT/usr/include" "$ROOT/usr/lib" "$2" \
     >"$ROOT/usr/lib/pkgconfig/$1.pc"
 }
@@ -97,7 +97,7 @@ layOutRoot() {
   describe icu-uc icuuc && describe icu-i18n icui18n && describe liburiparser uriparser || return 1
   cat >"$ROOT/usr/lib/cmake/nlohmann_json/nlohmann_jsonConfig.cmake" <<END
 add_library(nlohmann_json::nlohmann_json INTERFACE IMPORTED)
-target_include_directories(nlohmann_json::nlohmann_json INTERFACE $ROOT/usr/include)
+target_include_directories(nlohmann_json::nlohmann_json INTERFACE "$ROOT/usr/include")
 END
 }
 

@@ -34,10 +34,10 @@ set(header_directories
   ${DARWIN_HEADERS}/any-macos.${OLDEST_SYSTEM}-any
   ${DARWIN_HEADERS}/any-macos-any
   ${project_directory}/tests/macos/include)
-list(JOIN header_directories " -isystem " header_flags)
+list(JOIN header_directories "\" -isystem \"" header_flags)
 # The names of ICU's functions end in its version unless told otherwise.
 set(CMAKE_CXX_FLAGS_INIT
-  "-nostdinc -nostdinc++ -isystem ${header_flags} -DU_DISABLE_RENAMING=1")
+  "-nostdinc -nostdinc++ -isystem \"${header_flags}\" -DU_DISABLE_RENAMING=1")
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-fuse-ld=lld")
 
 # The libraries that the program is built with, as if they were this system's.

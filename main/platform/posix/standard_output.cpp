@@ -14,8 +14,7 @@ void prepareStandardOutput() {
   sigaddset(&pipe, SIGPIPE);
   pthread_sigmask(SIG_UNBLOCK, &pipe, nullptr);
 #ifdef F_SETNOSIGPIPE
-  // There a pipe or socket can be told to raise no signal, and it stays told for whoever inherits
-  // it.
+  // Where a pipe or socket can be told to raise no signal, it stays told for whoever inherits it.
   fcntl(STDOUT_FILENO, F_SETNOSIGPIPE, 0);
 #endif
 
