@@ -1,8 +1,9 @@
 #!/usr/bin/python3
 """Breaks the program on purpose, in one small way at a time, and tells what the tests do not notice.
 
-Everything in main/ but main/platform is mutated: comparisons flipped, constants changed, statements
-swapped or dropped, conditions fixed or dropped, negations taken away, patterns and phrases edited.
+Everything in main/ is mutated, main/platform only where `--only` names it, with the test programs
+that know it: comparisons flipped, constants changed, statements swapped or dropped, conditions fixed
+or dropped, negations taken away, patterns and phrases edited.
 The choice is the same for the same sources, count and seed. All work happens in a copy of the
 sources in a directory of its own; the work tree is only read.
 
@@ -245,6 +246,8 @@ def main():
                         default=pathlib.Path(tempfile.gettempdir()) / "call-monitor-mutation",
                         help="where the copies are kept")
     arguments = parser.parse_args()
+    if any(arguments.directory.resolve().is_relative_to(ROOT / name) for name in COPIED):
+        parser.error("--directory: a copy within what is copied would have no end")
 
     if arguments.list:
         chosen = chosenMutants(ROOT, arguments.count, arguments.seed, arguments.only)
