@@ -109,13 +109,9 @@ end 1h
 )");
   }
 
-  // One cycle: what the scan tells, and of the client in front.
-  void expectPreview(bool audio, bool lobby, const std::vector<std::string>& failed,
-                     const std::string& when) {
-    const std::vector<Json> records = cycle();
-    EXPECT_EQ(calls(records), "") << when;
-    EXPECT_EQ(stage(records), "complete") << when;
-    EXPECT_EQ(failures(records), failed) << when;
+  // What the scan tells, and the client in front.
+  static void expectFound(const std::vector<Json>& records, bool audio, bool lobby,
+                          const std::string& when) {
     const auto scans = support::ofKind(records, "client-scan");
     ASSERT_EQ(scans.size(), 1U) << when;
     EXPECT_EQ(scans.front()["audio"], audio) << when;
@@ -123,6 +119,15 @@ end 1h
     const auto clients = support::ofKind(records, "client");
     ASSERT_EQ(clients.size(), 1U) << when;
     EXPECT_EQ(clients.front()["lobby"], lobby) << when;
+  }
+
+  void expectPreview(bool audio, bool lobby, const std::vector<std::string>& failed,
+                     const std::string& when) {
+    const std::vector<Json> records = cycle();
+    EXPECT_EQ(calls(records), "") << when;
+    EXPECT_EQ(stage(records), "complete") << when;
+    EXPECT_EQ(failures(records), failed) << when;
+    expectFound(records, audio, lobby, when);
   }
 };
 
@@ -140,14 +145,13 @@ TEST_F(PreviewFaults, AButtonThatDoesNotTellWhichItIsStaysAFailure) {
   }
 }
 
-TEST_F(PreviewFaults, AButtonThatItsTitleNamesNeedsNoIdentifier) {
+// Whether it is asked for its identifier besides is the scan's own affair.
+TEST_F(PreviewFaults, AButtonThatItsTitleNamesIsFoundWhateverItsIdentifier) {
   for (const NoAnswer& answer : noAnswers({})) {
     SCOPED_TRACE(answer.sentence);
     playPreview("Audio");
     desktop().attributeFaults[{"app:101/a", "AXIdentifier"}] = answer.fault;
-    for (int i = 0; i < 2; ++i) {
-      expectPreview(true, true, told("AXIdentifier", answer.told), "meanwhile");
-    }
+    for (int i = 0; i < 2; ++i) expectFound(cycle(), true, true, "meanwhile");
   }
 }
 
