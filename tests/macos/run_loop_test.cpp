@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 #include <regex>
@@ -68,6 +69,27 @@ TEST_F(RunLoopTest, WhatTheSystemLeavesBehindBetweenActionsGoesAtOnce) {
   platform::afterDelay(1, action);
   platform::runLoop();
   EXPECT_EQ(left, std::vector<long>(10, 1)) << "the timer that is running, and nothing else";
+  EXPECT_EQ(standins::livingObjects(), 0);
+  EXPECT_EQ(standins::openPools(), 0U);
+}
+
+// No source ends a pass of the loop here: what goes, goes by the limit of a pass alone.
+TEST_F(RunLoopTest, WhatActionsLeaveBehindGoesWithinAMinuteAlthoughNothingElseHappens) {
+  constexpr double interval = 7;
+  constexpr long ofAMinute = 8;  // actions so far apart that fit into one
+  desktop().workspaceQuiet = true;
+  desktop().runUntil = desktop().uptime + 1000;
+  std::vector<long> left;
+  const std::function<void()> action = [&] {
+    left.push_back(standins::livingObjects() - 1);  // but for the timer that is running
+    standins::keepInPool(standins::made(standins::Geometry{}));
+    if (left.size() < 30) platform::afterDelay(interval, action);
+  };
+  platform::afterDelay(interval, action);
+  platform::runLoop();
+  ASSERT_EQ(left.size(), 30U);
+  EXPECT_EQ(left[1], 1) << "an action alone ends no pass";
+  EXPECT_LE(*std::ranges::max_element(left), ofAMinute);
   EXPECT_EQ(standins::livingObjects(), 0);
   EXPECT_EQ(standins::openPools(), 0U);
 }

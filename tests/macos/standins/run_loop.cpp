@@ -34,7 +34,7 @@ void waitUntil(double time) {
   arrive("");
 }
 
-// The source of the workspace, which has something to tell before every timer.
+// The source of the workspace, which has something to tell before every timer unless it is quiet.
 void noticeWorkspace() {
   refreshWorkspace();
   keepInPool(made(Geometry{}));
@@ -114,7 +114,7 @@ CFRunLoopRunResult CFRunLoopRunInMode(CFRunLoopMode mode, CFTimeInterval seconds
       return kCFRunLoopRunTimedOut;
     }
     waitUntil(dueOf(*next));
-    if (!desktop().workspaceNoticed) {
+    if (!desktop().workspaceNoticed && !desktop().workspaceQuiet) {
       noticeWorkspace();
       if (returnAfterSourceHandled != 0) return kCFRunLoopRunHandledSource;
       continue;
