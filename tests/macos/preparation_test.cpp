@@ -5,6 +5,8 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <ostream>
+
 #include "platform/platform.h"
 
 namespace callmonitor::macos {
@@ -26,13 +28,22 @@ int awkwardOutput() {
 }
 
 // Whoever monitors, and whoever only looks.
-struct Preparation : testing::TestWithParam<void (*)()> {};
+struct Beginning {
+  const char* name;
+  void (*prepare)();
+};
+// The names of tests hold a parameter as it is printed, and have to be those of every run.
+void PrintTo(const Beginning& beginning, std::ostream* out) {
+  *out << beginning.name;
+}
+
+struct Preparation : testing::TestWithParam<Beginning> {};
 
 TEST_P(Preparation, AReaderThatGoesAwayEndsTheProcess) {
   EXPECT_EXIT(
       {
         const int reader = awkwardOutput();
-        GetParam()();
+        GetParam().prepare();
         close(reader);
         (void)!write(STDOUT_FILENO, "x", 1);
         _exit(2);
@@ -44,15 +55,16 @@ TEST_P(Preparation, ASlowReaderIsWaitedFor) {
   EXPECT_EXIT(
       {
         (void)awkwardOutput();
-        GetParam()();
+        GetParam().prepare();
         _exit((fcntl(STDOUT_FILENO, F_GETFL) & O_NONBLOCK) == 0 ? 0 : 3);
       },
       testing::ExitedWithCode(0), "");
 }
 
 INSTANTIATE_TEST_SUITE_P(, Preparation,
-                         testing::Values(platform::prepareMonitoring, platform::prepareLooking),
-                         [](const auto& one) { return one.index == 0 ? "Monitoring" : "Looking"; });
+                         testing::Values(Beginning{"Monitoring", platform::prepareMonitoring},
+                                         Beginning{"Looking", platform::prepareLooking}),
+                         [](const auto& one) { return one.param.name; });
 
 }  // namespace
 }  // namespace callmonitor::macos
