@@ -97,7 +97,7 @@ TEST_F(ClosedViews, AnElementThatSaysThatItIsGoneEndsItsCall) {
   }
 }
 
-TEST_F(ClosedViews, AnElementThatSaysAnythingElseMayComeBack) {
+TEST_F(ClosedViews, AnElementThatSaysAnythingElseLeavesItsCallUnknown) {
   for (const Situation& situation : situations()) {
     for (const NoAnswer& answer : noAnswers({})) {
       if (answer.told == platform::code::invalidElement) continue;

@@ -176,6 +176,7 @@ end 1h
 
 TEST_F(ScanMessages, OnlyInAZoomMeetingsWindowElementsAreAskedWhatTheyCallTheirRole) {
   for (const bool nativeZoomWindow : {true, false}) {
+    SCOPED_TRACE(nativeZoomWindow ? "a Zoom meeting's window" : "any other window");
     Evidence evidence;
     const auto attributes = askedNatively(zoomMeeting, nativeZoomWindow, false, evidence);
     EXPECT_EQ(evidence.nativeZoomTile, nativeZoomWindow);
@@ -209,6 +210,7 @@ end 1h
 // The button alone whose description fails as the preview's does is asked what it is.
 TEST_F(ScanMessages, OnlyThePreviewsRecoveryAsksAButtonForItsIdentifier) {
   for (const bool recovery : {true, false}) {
+    SCOPED_TRACE(recovery ? "with the preview's recovery" : "without it");
     Evidence evidence;
     const auto attributes = askedNatively(zoomPreview, false, recovery, evidence);
     std::map<std::string, Words> expected;

@@ -59,7 +59,7 @@ void beSystem(long major, long minor) {
   desktop().minorVersion = minor;
 }
 
-TEST_F(SoundFaults, AListThatCannotBeReadIsAbsentAndNotEmpty) {
+TEST_F(SoundFaults, WhatIsListedIsAllThatWasReadOrNothing) {
   struct Row {
     const char* sentence;
     std::function<void()> begin;
