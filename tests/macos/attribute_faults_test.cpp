@@ -81,15 +81,14 @@ const std::vector<AttributeRow>& attributeRows() {
 TEST_F(AttributeFaults, AnAttributeThatFailsEverywhereIsToldWhereAScanReadsIt) {
   for (const AttributeRow& row : attributeRows()) {
     for (const std::int32_t code : failing) {
-      const std::string failure = std::string(row.attribute) + ":" + std::to_string(code);
-      const std::vector<std::string> told =
-          row.told ? std::vector<std::string>{failure} : std::vector<std::string>();
+      const Words named = row.told ? told(row.attribute, code) : Words();
       expectAttributeEffect(row.attribute, "fails with " + std::to_string(code),
-                            {.code = code, .value = {}, .delay = {}}, {row.calls, row.stage, told});
+                            {.code = code, .value = {}, .delay = {}},
+                            {row.calls, row.stage, named});
       expectAttributeEffect(
           row.attribute, "fails with " + std::to_string(code) + " beside a value",
           {.code = code, .value = [] { return standins::madeText("text"); }, .delay = {}},
-          {row.calls, row.stage, told});
+          {row.calls, row.stage, named});
     }
   }
 }
@@ -108,9 +107,9 @@ TEST_F(AttributeFaults, AnAttributeThatIsNotThereIsNoFailure) {
 
 TEST_F(AttributeFaults, AValueOfATypeThatAnAttributeDoesNotHaveIsNone) {
   for (const AttributeRow& row : attributeRows()) {
-    for (const Wrong& value : values()) {
+    for (const TypedValue& value : typedValues()) {
       if (std::ranges::count(row.types, value.type) > 0) continue;
-      expectAttributeEffect(row.attribute, "is a " + value.type,
+      expectAttributeEffect(row.attribute, "gives: " + value.type,
                             {.code = 0, .value = value.make, .delay = {}},
                             {row.calls, row.stage, {}});
     }
@@ -138,7 +137,7 @@ TEST_F(AttributeFaults, AnAnswerThatIsLateCostsItsTimeOutAndNoMore) {
 }
 
 TEST_F(AttributeFaults, AnApplicationThatAnswersNothingLeavesItsCallUnknown) {
-  for (const std::int32_t code : {-25200, -25201, -25202, -25204, -25205, -25208, -25211, -25212}) {
+  for (const std::int32_t code : everyCode()) {
     expectAttributeEffect("", "every read answers " + std::to_string(code),
                           {.code = code, .value = {}, .delay = {}}, {unknown, "no-focused-window"});
   }
@@ -150,7 +149,7 @@ TEST_F(AttributeFaults, AnAttributeThatCannotBeSetIsTriedAgainInEveryCycle) {
   const auto sets = [] {
     return std::ranges::count(desktop().messages, "set app:101 AXEnhancedUserInterface");
   };
-  for (const std::int32_t code : {-25200, -25201, -25202, -25204, -25205, -25208, -25211, -25212}) {
+  for (const std::int32_t code : everyCode()) {
     SCOPED_TRACE(code);
     play(meetCall);
     desktop().recordMessages = true;

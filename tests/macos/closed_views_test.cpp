@@ -14,7 +14,7 @@ namespace {
 // Each call is in sight for two cycles; then what showed it goes out of sight and still exists.
 struct Situation {
   const char* sentence;
-  const char* desktop;
+  std::string desktop;
   const char* title;
   const char* remembered;  // the element that can tell the end
   const char* before;      // of the call, in the first two cycles
@@ -23,13 +23,7 @@ struct Situation {
 
 const std::vector<Situation>& situations() {
   static const std::vector<Situation> all{
-      {"a tab in the background of a silent browser", R"(
-app chrome com.google.Chrome
-  window w "Standup"
-    page p https://meet.google.com/abc-defg-hij
-      button description="Leave call"
-      button description="Turn off microphone"
-      button description="Turn off camera"
+      {"a tab in the background of a silent browser", meetWindow + R"(
 front chrome
 audio com.google.Chrome.helper in out
 at 1500ms:
@@ -40,13 +34,7 @@ at 1500ms:
 end 1h
 )",
        "Standup", "app:101/p", joined, "no-provider-surface"},
-      {"the last window of a silent browser", R"(
-app chrome com.google.Chrome
-  window w "Standup"
-    page p https://meet.google.com/abc-defg-hij
-      button description="Leave call"
-      button description="Turn off microphone"
-      button description="Turn off camera"
+      {"the last window of a silent browser", meetWindow + R"(
 front chrome
 audio com.google.Chrome.helper in out
 at 1500ms:
@@ -74,14 +62,14 @@ end 1h
 }
 
 struct ClosedViews : FaultEffects {
-  static std::string told(const char* state, const Situation& situation) {
+  static std::string callIs(const char* state, const Situation& situation) {
     return std::string(state) + " \"" + situation.title + "\"";
   }
 
   void playUntilOutOfSight(const Situation& situation) {
     play(situation.desktop);
     for (int i = 0; i < 2; ++i) expectCycle({situation.before}, "before");
-    expectCycle({told("unknown", situation), situation.stage}, "out of sight");
+    expectCycle({callIs("unknown", situation), situation.stage}, "out of sight");
   }
 };
 
@@ -91,8 +79,8 @@ TEST_F(ClosedViews, AnElementThatSaysThatItIsGoneEndsItsCall) {
     playUntilOutOfSight(situation);
     desktop().attributeFaults[{situation.remembered, "AXRole"}].code =
         platform::code::invalidElement;
-    expectCycle({told("unknown", situation), situation.stage}, "absent once");
-    expectCycle({told("left", situation), situation.stage}, "absent twice");
+    expectCycle({callIs("unknown", situation), situation.stage}, "absent once");
+    expectCycle({callIs("left", situation), situation.stage}, "absent twice");
     expectCycle({"", situation.stage}, "afterwards");
   }
 }
@@ -105,10 +93,10 @@ TEST_F(ClosedViews, AnElementThatSaysAnythingElseLeavesItsCallUnknown) {
       playUntilOutOfSight(situation);
       desktop().attributeFaults[{situation.remembered, "AXRole"}] = answer.fault;
       for (int i = 0; i < 3; ++i) {
-        expectCycle({told("unknown", situation), situation.stage}, "meanwhile");
+        expectCycle({callIs("unknown", situation), situation.stage}, "meanwhile");
       }
       desktop().attributeFaults.clear();
-      expectCycle({told("unknown", situation), situation.stage}, "afterwards");
+      expectCycle({callIs("unknown", situation), situation.stage}, "afterwards");
     }
   }
 }
@@ -116,7 +104,7 @@ TEST_F(ClosedViews, AnElementThatSaysAnythingElseLeavesItsCallUnknown) {
 // The window says that it is gone in both; only windows that were read can be without it.
 TEST_F(ClosedViews, NoWindowsEndACallAndWindowsThatWereNotReadDoNot) {
   const auto playGone = [this] {
-    play(std::string(meetCall) + "at 1500ms:\n  audio com.google.Chrome.helper\n");
+    play(meetCall + "at 1500ms:\n  audio com.google.Chrome.helper\n");
     for (int i = 0; i < 2; ++i) expectCycle({joined}, "before");
     desktop().attributeFaults[{"app:101/w", "AXRole"}].code = platform::code::invalidElement;
     desktop().attributeFaults[{"app:101", "AXFocusedWindow"}].code = platform::code::noValue;

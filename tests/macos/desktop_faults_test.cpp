@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "macos/fault_effects.h"
+#include "macos/faulty_answers.h"
 
 namespace callmonitor::macos {
 namespace {
@@ -29,7 +30,7 @@ TEST_F(DesktopFaults, WithoutTrustNobodyIsAsked) {
       meetCall, {joined}, "not trusted, and all reads disabled",
       [] {
         desktop().world.trusted = false;
-        desktop().attributeFaults[{"", ""}].code = -25211;
+        desktop().attributeFaults[{"", ""}].code = kAXErrorAPIDisabled;
         desktop().recordMessages = true;
       },
       [] {
@@ -191,7 +192,7 @@ TEST_F(DesktopFaults, AnElementThatCannotBeMadeLeavesItsCallUnknown) {
 }
 
 TEST_F(DesktopFaults, ATimeOutThatCannotBeSetChangesNothingWhileAnswersCome) {
-  for (const std::int32_t code : {-25200, -25201, -25202, -25204, -25208}) {
+  for (const std::int32_t code : failing) {
     expectEffect(
         meetCall, {joined}, std::to_string(code), [&] { desktop().timeoutCode = code; },
         [] { desktop().timeoutCode.reset(); }, {joined});

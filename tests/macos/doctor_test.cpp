@@ -12,8 +12,6 @@
 namespace callmonitor::macos {
 namespace {
 
-using Words = std::vector<std::string>;
-
 // Applications of every kind, each with a window; all but the nameless one capture and play.
 constexpr const char* everyKind = R"(
 app chrome com.google.Chrome

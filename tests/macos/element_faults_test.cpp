@@ -12,18 +12,6 @@
 namespace callmonitor::macos {
 namespace {
 
-constexpr const char* namedCall = R"(
-app chrome com.google.Chrome
-  window w "Standup"
-    page p https://meet.google.com/abc-defg-hij
-      button leave description="Leave call"
-      button description="Turn off microphone"
-      button description="Turn off camera"
-front chrome
-audio com.google.Chrome.helper in out
-end 1h
-)";
-
 struct ElementRow {
   const char* element;
   const char* attribute;
@@ -60,15 +48,14 @@ const std::vector<ElementRow>& elementRows() {
 
 struct ElementFaults : FaultEffects {
   void expectFault(const ElementRow& row, const std::string& sentence,
-                   const standins::AttributeFault& fault, std::int32_t told) {
-    std::vector<std::string> names;
-    if (row.told) names.push_back(std::string(row.attribute) + ":" + std::to_string(told));
+                   const standins::AttributeFault& fault, std::int32_t code) {
     expectEffect(
-        namedCall, {joined}, std::string(row.element) + " " + row.attribute + ": " + sentence,
+        meetCall, {joined}, std::string(row.element) + " " + row.attribute + ": " + sentence,
         [&] {
           desktop().attributeFaults[{row.element, row.attribute}] = fault;
         },
-        [] { desktop().attributeFaults.clear(); }, {row.calls, row.stage, names});
+        [] { desktop().attributeFaults.clear(); },
+        {row.calls, row.stage, row.told ? told(row.attribute, code) : Words()});
   }
 };
 
@@ -84,7 +71,8 @@ TEST_F(ElementFaults, AnErrorThatComesInTimeIsThatError) {
 TEST_F(ElementFaults, AnAnswerThatComesTooLateIsNoneWhateverItIs) {
   for (const ElementRow& row : elementRows()) {
     expectFault(row, "a late answer", {{}, {}, 10}, platform::code::cannotComplete);
-    for (const std::int32_t code : {-25200, -25202, -25205}) {
+    for (const std::int32_t code : {platform::code::failure, platform::code::invalidElement,
+                                    platform::code::attributeUnsupported}) {
       expectFault(row, std::to_string(code) + " too late", {code, {}, 10},
                   platform::code::cannotComplete);
     }
@@ -106,7 +94,7 @@ TEST_F(ElementFaults, ALateAnswerOfOneElementCostsItsTimeOutEachTime) {
            {"app:101/p", "AXRole", 3},
        }) {
     SCOPED_TRACE(std::string(row.element) + " " + row.attribute);
-    play(namedCall);
+    play(meetCall);
     expectCycle({joined}, "before");
     desktop().attributeFaults[{row.element, row.attribute}].delay = 10;
     const double start = desktop().uptime;

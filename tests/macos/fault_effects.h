@@ -11,14 +11,17 @@
 
 namespace callmonitor::macos {
 
-// The labels are descriptions, so that titles can fail without them.
-inline constexpr const char* meetCall = R"(
+// A window with a call. The labels are descriptions, so that titles can fail without them.
+inline const std::string meetWindow = R"(
 app chrome com.google.Chrome
   window w "Standup"
     page p https://meet.google.com/abc-defg-hij
-      button description="Leave call"
+      button leave description="Leave call"
       button description="Turn off microphone"
       button description="Turn off camera"
+)";
+// The same in front, and heard.
+inline const std::string meetCall = meetWindow + R"(
 front chrome
 audio com.google.Chrome.helper in out
 end 1h
@@ -74,9 +77,9 @@ struct FaultEffects : SteppedDesktop {
   }
 
   // Two cycles as they should be, two with the fault, two as they should be again.
-  void expectEffect(const char* desktopText, const Expected& sound, const std::string& sentence,
-                    const std::function<void()>& begin, const std::function<void()>& end,
-                    const Expected& faulty) {
+  void expectEffect(const std::string& desktopText, const Expected& sound,
+                    const std::string& sentence, const std::function<void()>& begin,
+                    const std::function<void()>& end, const Expected& faulty) {
     SCOPED_TRACE(sentence);
     play(desktopText);
     for (int i = 0; i < 2; ++i) expectCycle(sound, "before");

@@ -1,5 +1,7 @@
-// The answers to a read that are none, and values of every type that an attribute may not have.
+// The answers to a read that are none, and values of every type.
 #pragma once
+
+#include <ApplicationServices/ApplicationServices.h>
 
 #include <algorithm>
 #include <array>
@@ -13,11 +15,26 @@
 namespace callmonitor::macos {
 
 // The failures that are told of; the others mean that there is nothing.
-inline constexpr std::array<std::int32_t, 6> failing{-25200, -25201, -25202,
-                                                     -25204, -25208, -25211};
-inline constexpr std::array<std::int32_t, 2> notThere{-25205, -25212};
+inline constexpr std::array<std::int32_t, 6> failing{
+    kAXErrorFailure,        kAXErrorIllegalArgument, kAXErrorInvalidUIElement,
+    kAXErrorCannotComplete, kAXErrorNotImplemented,  kAXErrorAPIDisabled};
+inline constexpr std::array<std::int32_t, 2> notThere{kAXErrorAttributeUnsupported,
+                                                      kAXErrorNoValue};
 
-struct Wrong {
+// Both, the failures first.
+inline std::vector<std::int32_t> everyCode() {
+  std::vector<std::int32_t> codes(failing.begin(), failing.end());
+  codes.insert(codes.end(), notThere.begin(), notThere.end());
+  return codes;
+}
+
+// What a scan names of a read that answered with a code: nothing where the code is 0.
+inline std::vector<std::string> told(const std::string& attribute, std::int32_t code) {
+  if (code == 0) return {};
+  return {attribute + ":" + std::to_string(code)};
+}
+
+struct TypedValue {
   std::string type;
   std::function<Object*()> make;
 };
@@ -27,8 +44,8 @@ inline Object* someElement() {
 }
 
 // A value of every type, by its name.
-inline const std::vector<Wrong>& values() {
-  static const std::vector<Wrong> all{
+inline const std::vector<TypedValue>& typedValues() {
+  static const std::vector<TypedValue> all{
       {"text", [] { return standins::madeText("text"); }},
       {"empty text", [] { return standins::madeText(""); }},
       {"number", [] { return standins::madeNumber(1); }},
@@ -54,8 +71,9 @@ inline const std::vector<Wrong>& values() {
   return all;
 }
 
-// Every answer to a read that gives nothing: a code, NULL beside success, or a value of another
-// type than those named. `told` is the code that a scan names, 0 for one that it does not.
+// Every answer to a read that gives nothing: a code, NULL beside success, a value of another type
+// than those named, or one that comes too late. `told` is the code that a scan names, 0 for one
+// that it does not.
 struct NoAnswer {
   std::string sentence;
   standins::AttributeFault fault;
@@ -63,7 +81,7 @@ struct NoAnswer {
 };
 inline std::vector<NoAnswer> noAnswers(const std::vector<std::string>& types) {
   std::vector<NoAnswer> all;
-  all.reserve(failing.size() + notThere.size() + values().size() + 2);
+  all.reserve(failing.size() + notThere.size() + typedValues().size() + 2);
   for (const std::int32_t code : failing) {
     all.push_back(
         {"fails with " + std::to_string(code), {.code = code, .value = {}, .delay = {}}, code});
@@ -73,9 +91,9 @@ inline std::vector<NoAnswer> noAnswers(const std::vector<std::string>& types) {
         {"is absent by " + std::to_string(code), {.code = code, .value = {}, .delay = {}}});
   }
   all.push_back({"succeeds with NULL", {.code = 0, .value = [] { return nullptr; }, .delay = {}}});
-  for (const Wrong& value : values()) {
+  for (const TypedValue& value : typedValues()) {
     if (std::ranges::count(types, value.type) > 0) continue;
-    all.push_back({"is a " + value.type, {.code = 0, .value = value.make, .delay = {}}});
+    all.push_back({"gives: " + value.type, {.code = 0, .value = value.make, .delay = {}}});
   }
   all.push_back(
       {"is late", {.code = {}, .value = {}, .delay = 10}, platform::code::cannotComplete});

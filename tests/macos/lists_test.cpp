@@ -32,29 +32,12 @@ TEST_F(Lists, NoProcessesIsAnEmptyListAndNoListIsNone) {
   EXPECT_EQ(sounds(), Words{"absent"});
 }
 
-TEST_F(Lists, OneProcessThatCannotBeReadCostsTheWholeList) {
-  for (std::size_t place = 0; place < 3; ++place) {
-    play("audio org.a.a in\naudio org.b.b out\naudio org.c.c\nend 1s\n");
-    desktop().audioFaults.onlyProcess = place;
-    desktop().audioFaults.outputReturned = 3;
-    EXPECT_EQ(sounds(), Words{"absent"}) << place;
-  }
-}
-
 TEST_F(Lists, OfAListThatGrewOrShrankWhatIsThereIsTaken) {
   play("audio org.a.a in\naudio org.b.b out\nend 1s\n");
   desktop().audioFaults.size = 4;
   EXPECT_EQ(sounds(), Words{"org.a.a in"}) << "there was room for one";
   desktop().audioFaults.size = 400;
   EXPECT_EQ(sounds(), (Words{"org.a.a in", "org.b.b out"}));
-}
-
-TEST_F(Lists, AListThatEndsWithinAnIdIsNone) {
-  for (const UInt32 returned : {1U, 2U, 6U, 7U}) {
-    play("audio org.a.a in\naudio org.b.b out\nend 1s\n");
-    desktop().audioFaults.listReturned = returned;
-    EXPECT_EQ(sounds(), Words{"absent"}) << returned;
-  }
 }
 
 TEST_F(Lists, WindowsAreListedWithWhatIsKnownOfThem) {

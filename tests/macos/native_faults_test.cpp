@@ -24,11 +24,6 @@ end 1h
 constexpr const char* joinedTile = "joined \"Zoom Meeting\" window=1";
 constexpr const char* unknownTile = "unknown \"Zoom Meeting\"";
 
-std::vector<std::string> told(const std::string& attribute, std::int32_t code) {
-  if (code == 0) return {};
-  return {attribute + ":" + std::to_string(code)};
-}
-
 struct NativeFaults : FaultEffects {
   // Every answer of one attribute that is none, on one element or, by the empty text, on all.
   void expectNothingOf(const std::string& element, const std::string& attribute,
@@ -137,8 +132,8 @@ TEST_F(PreviewFaults, AButtonThatDoesNotTellWhichItIsStaysAFailure) {
     playPreview();
     expectPreview(true, true, {}, "before");
     desktop().attributeFaults[{"app:101/a", "AXIdentifier"}] = answer.fault;
-    std::vector<std::string> failed{"AXDescription:-25200"};
-    if (answer.told != 0) failed.push_back("AXIdentifier:" + std::to_string(answer.told));
+    Words failed = told("AXDescription", platform::code::failure);
+    if (answer.told != 0) failed.push_back(told("AXIdentifier", answer.told).front());
     for (int i = 0; i < 2; ++i) expectPreview(false, false, failed, "meanwhile");
     desktop().attributeFaults.clear();
     expectPreview(true, true, {}, "afterwards");

@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <functional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "macos/fault_effects.h"
@@ -73,8 +72,11 @@ TEST_F(SoundFaults, WhatIsListedIsAllThatWasReadOrNothing) {
            {"a size over the limit", [] { faults().size = 16388; }, absent, unknown},
            {"a size of exactly the limit", [] { faults().size = 16384; }, asWritten, joined},
            {"the list fails", [] { faults().listStatus = failure; }, absent, unknown},
+           {"a quarter of an id is returned", [] { faults().listReturned = 1; }, absent, unknown},
            {"half an id is returned", [] { faults().listReturned = 2; }, absent, unknown},
            {"an id and a half are returned", [] { faults().listReturned = 6; }, absent, unknown},
+           {"an id and three quarters are returned", [] { faults().listReturned = 7; }, absent,
+            unknown},
            {"no id is returned", [] { faults().listReturned = 0; }, {}, unknown},
            {"more is returned than was asked for", [] { faults().listReturned = 400; }, asWritten,
             joined},
@@ -171,8 +173,7 @@ TEST_F(SoundFaults, WhatAProcessSaysCounts) {
 std::string closedTab(bool playingFirst) {
   const std::string silent = "audio com.google.Chrome.helper\n";
   const std::string playing = "audio com.google.Chrome.helper.renderer out\n";
-  return std::string(meetCall, std::string_view(meetCall).find("front")) + "front chrome\n" +
-         (playingFirst ? playing + silent : silent + playing) + R"(
+  return meetWindow + "front chrome\n" + (playingFirst ? playing + silent : silent + playing) + R"(
 at 1500ms:
   close p
   add w

@@ -99,7 +99,8 @@ struct Desktop {
   std::vector<Object*> timers;  // kept
   // Whether the run loop has told the workspace of what happened since the last timer.
   bool workspaceNoticed = false;
-  bool workspaceQuiet = false;  // it has nothing to tell, and no source ends a run of the loop
+  // Whether it has nothing to tell, so that no source ends a run of the loop.
+  bool workspaceQuiet = false;
   int stops = 0;  // runs of the run loop that somebody else stops at once
   // Called after each timer's callout.
   std::function<void()> afterTimer;
