@@ -3,9 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
-#include <filesystem>
 #include <map>
 #include <regex>
 #include <string>
@@ -13,51 +10,19 @@
 
 #include "platform/scenario/loader.h"
 #include "scenarios/played_stream.h"
+#include "scenarios/replayed.h"
+#include "scenarios/scenario_files.h"
 #include "support/emitted_records.h"
 
 namespace callmonitor::macos {
 namespace {
 
-namespace fs = std::filesystem;
 using support::Json;
 
 // Milliseconds by which one record's times may differ. The wall clock of the desktop made of data
 // is a sum, which every message that takes time rounds: by up to 0.12 microseconds, half of what a
 // date resolves today. Every message that takes time shows, for none takes less than 10 ms.
 constexpr double dateTolerance = 0.05;
-
-std::vector<fs::path> scenarioFiles() {
-  std::vector<fs::path> files;
-  for (const fs::directory_entry& entry : fs::directory_iterator(SCENARIO_DIRECTORY)) {
-    if (entry.path().extension() == ".scenario") files.push_back(entry.path());
-  }
-  std::ranges::sort(files);
-  return files;
-}
-
-// What the replay of a scenario writes; fails the test where it does not end well.
-std::string replayed(const fs::path& scenario) {
-  const std::string command =
-      std::string("'") + REPLAY_EXECUTABLE + "' '" + scenario.string() + "' 2>&1";
-  std::string output;
-  std::FILE* pipe = popen(command.c_str(), "r");
-  if (pipe == nullptr) {
-    ADD_FAILURE() << "cannot start " << command;
-    return output;
-  }
-  std::array<char, 4096> buffer{};
-  for (std::size_t read = 0; (read = std::fread(buffer.data(), 1, buffer.size(), pipe)) > 0;) {
-    output.append(buffer.data(), read);
-  }
-  EXPECT_EQ(pclose(pipe), 0) << command << "\n" << output;
-  return output;
-}
-
-std::string joined(const std::vector<std::string>& lines) {
-  std::string text;
-  for (const std::string& line : lines) text += line + "\n";
-  return text;
-}
 
 // The records of a stream, with the random identifiers in it named by their first appearance.
 std::vector<Json> recordsOf(const std::string& stream) {
@@ -84,13 +49,16 @@ std::vector<Json> recordsOf(const std::string& stream) {
   return records;
 }
 
-struct SameStream : testing::TestWithParam<fs::path> {};
+struct SameStream : testing::TestWithParam<std::string> {};
 
 TEST_P(SameStream, AsOnTheDesktopMadeOfData) {
-  const scenario::Loaded loaded = scenario::loadScenario(GetParam().string());
+  const std::string file = scenarios::fileOf(GetParam(), ".scenario").string();
+  const scenario::Loaded loaded = scenario::loadScenario(file);
   ASSERT_TRUE(loaded.scenario.has_value()) << loaded.error;
-  std::vector<Json> here = recordsOf(joined(scenarios::playedStream(*loaded.scenario)));
-  std::vector<Json> there = recordsOf(replayed(GetParam()));
+  std::vector<Json> here = recordsOf(scenarios::joined(scenarios::playedStream(*loaded.scenario)));
+  const scenarios::Replayed replayed = scenarios::replay("'" + file + "'");
+  ASSERT_EQ(replayed.status, 0) << replayed.output;
+  std::vector<Json> there = recordsOf(replayed.output);
   ASSERT_FALSE(there.empty());
   ASSERT_EQ(here.size(), there.size());
   for (std::size_t i = 0; i < here.size(); ++i) {
@@ -105,8 +73,8 @@ TEST_P(SameStream, AsOnTheDesktopMadeOfData) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(, SameStream, testing::ValuesIn(scenarioFiles()),
-                         [](const auto& file) { return file.param.stem().string(); });
+INSTANTIATE_TEST_SUITE_P(, SameStream, testing::ValuesIn(scenarios::namesOf(".scenario")),
+                         [](const auto& file) { return file.param; });
 
 }  // namespace
 }  // namespace callmonitor::macos

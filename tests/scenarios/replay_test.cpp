@@ -1,39 +1,18 @@
 // The replay executable as a process: what it writes, and how it ends.
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
-#include <array>
 #include <chrono>
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "scenarios/replayed.h"
 #include "scenarios/story.h"
 
 namespace callmonitor::scenarios {
 namespace {
-
-struct Replayed {
-  std::string output;  // standard output and standard error
-  int status = -1;
-};
-
-Replayed replay(const std::string& arguments) {
-  Replayed result;
-  const std::string command = std::string("'") + REPLAY_EXECUTABLE + "' " + arguments + " 2>&1";
-  std::FILE* pipe = popen(command.c_str(), "r");
-  if (pipe == nullptr) return result;
-  std::array<char, 4096> buffer{};
-  for (std::size_t read = 0; (read = std::fread(buffer.data(), 1, buffer.size(), pipe)) > 0;) {
-    result.output.append(buffer.data(), read);
-  }
-  const int status = pclose(pipe);
-  if (WIFEXITED(status)) result.status = WEXITSTATUS(status);
-  return result;
-}
 
 struct Replay : testing::Test {
   std::string file =

@@ -4,11 +4,9 @@
 // and every test whose expectation changed fails once, so that nobody takes that for a check.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -16,6 +14,7 @@
 
 #include "platform/scenario/loader.h"
 #include "scenarios/played_stream.h"
+#include "scenarios/scenario_files.h"
 #include "scenarios/story.h"
 
 namespace callmonitor::scenarios {
@@ -24,31 +23,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* updateFlag = "UPDATE_EXPECTATIONS";
-
-// The files of this directory with an extension, by name without it.
-std::vector<std::string> namesOf(const std::string& extension) {
-  std::vector<std::string> names;
-  for (const fs::directory_entry& entry : fs::directory_iterator(SCENARIO_DIRECTORY)) {
-    if (entry.path().extension() == extension) names.push_back(entry.path().stem().string());
-  }
-  std::ranges::sort(names);
-  return names;
-}
-
-fs::path fileOf(const std::string& name, const std::string& extension) {
-  return fs::path(SCENARIO_DIRECTORY) / (name + extension);
-}
-
-std::string contentOf(const fs::path& path) {
-  std::ifstream stream(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
-
-std::string joined(const std::vector<std::string>& lines) {
-  std::string text;
-  for (const std::string& line : lines) text += line + "\n";
-  return text;
-}
 
 // Writes the stream as the new expectation; comments at the head of the old one stay.
 void update(const fs::path& path, const std::vector<std::string>& lines) {
