@@ -2,7 +2,6 @@
 // the window's own title, dialogs, and the preview before a meeting.
 #include <gtest/gtest.h>
 
-#include <cstdint>
 #include <string>
 #include <vector>
 
