@@ -136,8 +136,8 @@ class Workshop:
             status, output = run([self.build / "main" / "call-monitor", "--self-test"],
                                  self.seconds[target])
             return (1 if status == 0 and output != VERDICT else status), output
-        return run([self.build / "tests" / target, "--gtest_fail_fast", "--gtest_brief=1"],
-                   self.seconds[target])
+        program = next((self.build / "tests").rglob(target))
+        return run([program, "--gtest_fail_fast", "--gtest_brief=1"], self.seconds[target])
 
     def judged(self, mutant):
         """What became of one mutant, and what noticed it."""
