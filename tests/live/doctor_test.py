@@ -75,7 +75,8 @@ class TheDoctorOnADesktop(DesktopCase):
         self.assertRegex(facts["reads"], r"^3, median [0-9.]+ ms, longest [0-9.]+ ms$")
         report = self.report()
         self.assertRegex(report, r"(?m)^accessibility trusted +yes$")
-        self.assertRegex(report, rf"(?m)^application in front +pid {browser.pid}  com.google.Chrome$")
+        self.assertRegex(report, rf"(?m)^application in front +pid {browser.pid}  "
+                                 r"com.google.Chrome$")
         self.assertRegex(report, r"(?m)^windows on the screen +[1-9]")
 
     def test_titles_are_told_by_their_lengths_until_they_are_asked_for(self):

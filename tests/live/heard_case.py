@@ -68,7 +68,7 @@ class SoundCase(DesktopCase):
         return None if running is None else set(running)
 
     def assertEndsOnceGone(self, session, since):
-        """Asserts that a call is unknown, and left soon after the sound has stopped, and only once."""
+        """Asserts that a call is unknown, and left once, soon after the sound has stopped."""
         self.waitForStreams()
         silent = self.stream.mark()
         try:

@@ -119,7 +119,7 @@ class ACallOnAFailingDesktop(DesktopCase):
 class ACallWithoutAListOfWindows(DesktopCase):
     """A session whose windows are not the window server's: the registry alone tells of programs."""
 
-    def test_an_accessibility_bus_that_starts_anew_leaves_the_call_of_a_living_browser_unknown(self):
+    def test_a_new_accessibility_bus_leaves_the_call_of_a_living_browser_unknown(self):
         self.desktop = self.enterContext(PrivateDesktop())
         browser = self.startBrowser(CALL_ADDRESS)
         # Only now, so that it is the monitor's session and not the browser's.
