@@ -13,8 +13,8 @@ PYTHON=/usr/bin/python3
 BUILD_PACKAGES=(g++ clang-19 cmake ninja-build pkg-config libicu-dev liburiparser-dev
   nlohmann-json3-dev libgtest-dev libbenchmark-dev libpcre2-dev libsystemd-dev libxcb1-dev
   libpipewire-0.3-dev libpulse-dev)
-# What builds it a second time, by another compiler.
-SECOND_BUILD_PACKAGES=(clang-19 libclang-rt-19-dev libc++-19-dev libc++abi-19-dev googletest)
+# What clang needs besides to build it a second time.
+SECOND_BUILD_PACKAGES=(libclang-rt-19-dev libc++-19-dev libc++abi-19-dev googletest)
 # What checks the sources.
 LINT_PACKAGES=(clang-format clang-tidy)
 # What a private desktop with a browser consists of. Whoever watches a desktop of their own needs

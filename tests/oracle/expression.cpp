@@ -4,6 +4,7 @@
 
 #include <pcre2.h>
 
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 
